@@ -1,0 +1,109 @@
+#include "TTMLLog.h"
+#include "Util.h"
+
+#include <clocale>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <locale.h>
+
+namespace TTML {
+
+namespace {
+
+// Time values always use a full stop, whatever locale the process runs in.
+locale_t CLocale()
+{
+    static const locale_t c = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(0));
+    return c;
+}
+
+long long LeadingInteger(const std::string& text)
+{
+    return std::strtoll(text.c_str(), nullptr, 10);
+}
+
+double LeadingDouble(const std::string& text)
+{
+    return strtod_l(text.c_str(), nullptr, CLocale());
+}
+
+// Truncates toward zero. Values a document cannot mean (negative, NaN) give 0
+// and huge ones saturate, rather than an undefined conversion.
+unsigned long long ToMs(double ms)
+{
+    if (!(ms > 0))
+        return 0;
+    if (ms >= 18446744073709551616.0)
+        return std::numeric_limits<unsigned long long>::max();
+    return static_cast<unsigned long long>(ms);
+}
+
+// A zero (or nonsensical) rate cannot time a frames or ticks count: the term
+// counts as 0 instead of dividing by zero.
+double PerRate(double count, double rate)
+{
+    return rate > 0 ? count / rate : 0.0;
+}
+
+}  // namespace
+
+unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double frameRate, int tickRate)
+{
+    const std::vector<std::string> parts = StrSplit(expr, ":");
+    if (parts.size() > 1)
+        return ConvertClockTimeToMS(parts, frameRate);
+    return ConvertOffsetTimeToMS(expr, frameRate, tickRate);
+}
+
+unsigned long long ConvertClockTimeToMS(const std::vector<std::string>& parts, double frameRate)
+{
+    if (parts.empty())
+        return 0;
+    double hours = 0;
+    double minutes = 0;
+    double seconds = 0;
+    if (parts.size() >= 3) {
+        hours = static_cast<double>(LeadingInteger(parts[0]));
+        minutes = static_cast<double>(LeadingInteger(parts[1]));
+        seconds = LeadingDouble(parts[2]);
+    } else if (parts.size() == 2) {
+        // Validation never passes two parts; read them as minutes:seconds,
+        // the way a person writes a short clock time, and nothing beyond them.
+        minutes = static_cast<double>(LeadingInteger(parts[0]));
+        seconds = LeadingDouble(parts[1]);
+    } else {
+        seconds = LeadingDouble(parts[0]);
+    }
+    double total = (hours * 60 + minutes) * 60 + seconds;
+    if (parts.size() > 3 && !parts[3].empty()) {
+        // Sub-frames after a full stop are dropped by the integer read.
+        total += PerRate(static_cast<double>(LeadingInteger(parts[3])), frameRate);
+    }
+    return ToMs(total * 1000);
+}
+
+unsigned long long ConvertOffsetTimeToMS(const std::string& expr, double frameRate, int tickRate)
+{
+    std::string number;
+    std::string metric;
+    if (!SplitStrByFindFirstOf(expr, "hmsft", number, metric))
+        return 0;
+    const double value = LeadingDouble(number);
+    if (metric == "h")
+        return ToMs(value * 60 * 60 * 1000);
+    if (metric == "m")
+        return ToMs(value * 60 * 1000);
+    if (metric == "s")
+        return ToMs(value * 1000);
+    if (metric == "ms")
+        return ToMs(value);
+    if (metric == "f")
+        return ToMs(PerRate(value, frameRate) * 1000);
+    if (metric == "t")
+        return ToMs(PerRate(value, static_cast<double>(tickRate)) * 1000);
+    TTML_ERROR("Invalid time matric=%s", metric.c_str());
+    return 0;
+}
+
+}  // namespace TTML
