@@ -1,0 +1,360 @@
+#include "CAttrHandler.h"
+
+#include "IMutex.h"
+#include "Lock.h"
+#include "TTMLLog.h"
+#include "Util.h"
+
+#include <boost/regex.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+
+namespace TTML {
+
+namespace {
+
+template <size_t N>
+bool IsOneOf(const std::string& value, const char* const (&words)[N])
+{
+    return std::any_of(std::begin(words), std::end(words), [&value](const char* w) { return value == w; });
+}
+
+// Lower-cases `value` and checks it against a keyword list.
+template <size_t N>
+int LowerKeyword(std::string& value, const char* const (&words)[N])
+{
+    StrToLower(value);
+    return IsOneOf(value, words) ? ERR_NONE : ERR_IGNORE;
+}
+
+bool EndsWith(const std::string& value, char c)
+{
+    return !value.empty() && value.back() == c;
+}
+
+// "<real>%": no sign allowed anywhere; a lone "%" counts (empty number).
+bool IsPercentage(const std::string& value)
+{
+    if (!EndsWith(value, '%') || value.find('-') != std::string::npos)
+        return false;
+    return IsRealNumber(value.substr(0, value.size() - 1));
+}
+
+// Space-separated percentages; `minParts`..`maxParts` of them.
+bool IsPercentageList(const std::string& value, size_t minParts, size_t maxParts)
+{
+    if (value.empty())
+        return false;
+    const std::vector<std::string> parts = StrSplit(value, " ");
+    if (parts.size() < minParts || parts.size() > maxParts)
+        return false;
+    return std::all_of(parts.begin(), parts.end(), [](const std::string& p) {
+        return EndsWith(p, '%') && IsRealNumber(p.substr(0, p.size() - 1));
+    });
+}
+
+const char* const kRoles[] = {"action",   "caption",  "description", "dialog",     "expletive",
+                              "kinesic",  "lyrics",   "music",       "narration",  "quality",
+                              "sound",    "source",   "suppressed",  "reproduction", "thought",
+                              "title",    "transcription", "extension-role"};
+
+}  // namespace
+
+CAttrHandler::CAttrHandler()
+    : m_attrNames(TTML_ATTR_COUNT), m_appliesTo(TTML_ATTR_COUNT)
+{
+    m_inheritable.set();
+    m_pFontsMutex = IMutex::Create();
+    TTML_ASSERT(m_pFontsMutex);
+}
+
+CAttrHandler::~CAttrHandler()
+{
+    if (m_pFontsMutex)
+        m_pFontsMutex->Destroy();
+}
+
+std::map<int, std::string> CAttrHandler::GetDefaultAttrValues() const
+{
+    return m_defaultValues;
+}
+
+int CAttrHandler::ToAttrEnum(std::string& name)
+{
+    if (name.empty())
+        return -1;
+    StrToLower(name);
+    auto it = m_attrNameMap.find(name);
+    return it == m_attrNameMap.end() ? -1 : it->second;
+}
+
+std::string CAttrHandler::ToAttrString(TTMLAttr attr)
+{
+    const int n = attr;
+    if (n < 0 || n >= TTML_ATTR_COUNT)
+        return "invalid";
+    return m_attrNames[n];
+}
+
+bool CAttrHandler::IsMappedAttribute(std::string& name)
+{
+    return ToAttrEnum(name) != -1;
+}
+
+void CAttrHandler::OnErrorDownloadableFonts(const std::list<std::string>& fonts)
+{
+    Lock lock(m_pFontsMutex);
+    m_downloadableFonts = fonts;
+}
+
+std::list<std::string> CAttrHandler::t_GetDownloadableFontsInfo() const
+{
+    Lock lock(m_pFontsMutex);
+    return m_downloadableFonts;
+}
+
+bool CAttrHandler::IsInheritableAttribute(int attr) const
+{
+    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
+        TTML_WARN("Invalid attribute type");
+        return false;
+    }
+    return m_inheritable[attr];
+}
+
+bool CAttrHandler::IsAppliesTo(int attr, int elem) const
+{
+    if (static_cast<unsigned>(attr) >= static_cast<unsigned>(TTML_ATTR_COUNT) ||
+        static_cast<unsigned>(elem) >= static_cast<unsigned>(TTML_ELEM_COUNT)) {
+        TTML_WARN("Invalid parameters");
+        return false;
+    }
+    return m_appliesTo[attr][elem];
+}
+
+void CAttrHandler::t_NameAttribute(int attr)
+{
+    if (attr < 0 || attr >= TTML_ATTR_COUNT || kTTMLAttrKeys[attr][0] == '\0')
+        return;
+    m_attrNames[attr] = kTTMLAttrKeys[attr];
+    m_attrNameMap[kTTMLAttrKeys[attr]] = attr;
+}
+
+void CAttrHandler::t_SetDefaultAttrValue(int attr, const std::string& value)
+{
+    if (attr >= 0 && attr < TTML_ATTR_COUNT)
+        m_defaultValues[attr] = value;
+}
+
+void CAttrHandler::t_SetInheritable(int attr, bool inheritable)
+{
+    if (attr >= 0 && attr < TTML_ATTR_COUNT)
+        m_inheritable[attr] = inheritable;
+}
+
+void CAttrHandler::t_SetAppliesTo(int attr, int elem, bool applies)
+{
+    if (attr >= 0 && attr < TTML_ATTR_COUNT && elem >= 0 && elem < TTML_ELEM_COUNT)
+        m_appliesTo[attr][elem] = applies;
+}
+
+// ---- Common checks ------------------------------------------------------
+
+bool CAttrHandler::t_ValidateBooleanValues(std::string& value)
+{
+    StrToLower(value);
+    return value == "true" || value == "false";
+}
+
+int CAttrHandler::t_ValidateFillLineGap(std::string& value)
+{
+    return t_ValidateBooleanValues(value) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateXmlSpace(std::string& value)
+{
+    static const char* const kWords[] = {"default", "preserve"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateRole(std::string& value)
+{
+    return LowerKeyword(value, kRoles);
+}
+
+int CAttrHandler::t_ValidateWrapOption(std::string& value)
+{
+    static const char* const kWords[] = {"wrap", "nowrap"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateTextAlign(std::string& value)
+{
+    static const char* const kWords[] = {"left", "center", "right", "start", "end"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateShowBackground(std::string& value)
+{
+    static const char* const kWords[] = {"always", "whenactive"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateFontWeight(std::string& value)
+{
+    static const char* const kWords[] = {"normal", "bold"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateDisplayAlign(std::string& value)
+{
+    static const char* const kWords[] = {"before", "center", "after"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateMultiRowAlign(std::string& value)
+{
+    static const char* const kWords[] = {"start", "center", "end", "auto"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateDirection(std::string& value)
+{
+    static const char* const kWords[] = {"ltr", "rtl"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateWritingMode(std::string& value)
+{
+    static const char* const kWords[] = {"lrtb", "rltb", "tbrl", "tblr", "lr", "rl", "tb"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateUnicodeBidi(std::string& value)
+{
+    static const char* const kWords[] = {"normal", "embed", "bidioverride"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateOverflow(std::string& value)
+{
+    static const char* const kWords[] = {"visible", "hidden"};
+    return LowerKeyword(value, kWords);
+}
+
+int CAttrHandler::t_ValidateTimeBase(std::string& value)
+{
+    // Only media time can be followed against the player's clock.
+    StrToLower(value);
+    return value == "media" ? ERR_NONE : ERR_INVALID;
+}
+
+int CAttrHandler::t_ValidateAgent(std::string& value)
+{
+    StrTrimLeft(value);
+    return value.empty() ? ERR_INVALID : ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateId(std::string& value)
+{
+    return value.empty() ? ERR_INVALID : ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateLang(std::string& value)
+{
+    return value.empty() ? ERR_IGNORE : ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateStyle(std::string& value)
+{
+    return value.empty() ? ERR_IGNORE : ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateRegion(std::string& /*value*/)
+{
+    // An unknown region id is reported when the reference is resolved.
+    return ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateConformsToStandard(std::string& /*value*/)
+{
+    return ERR_NONE;
+}
+
+int CAttrHandler::t_ValidateFrameRate(std::string& value)
+{
+    StrTrimLeft(value);
+    return !value.empty() && IsDigits(value) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateClockTimeFormat(std::string& value)
+{
+    static const boost::regex kClockTime("(\\d\\d+)(:)([0-5]\\d)(:)([0-5]\\d)((\\.\\d+)|((:)\\d+(\\.\\d+)?))?");
+    return boost::regex_match(value, kClockTime) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateColorFormat(std::string& value)
+{
+    static const boost::regex kColour(
+        "^((#([0-9a-fA-F][0-9a-fA-F]){3,4})|"
+        "(rgb\\((([0-9]|[1-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])\\,){2}"
+        "([0-9]|[1-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])\\))|"
+        "(rgba\\((([0-9]|[1-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5])\\,){3}"
+        "([0-9]|[1-9][0-9]|1[0-9][0-9]|2[0-4][0-9]|25[0-5]))\\))$");
+    StrTrimLeft(value);
+    return boost::regex_match(value, kColour) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateLineHeight(std::string& value)
+{
+    StrToLower(value);
+    return value == "normal" || IsPercentage(value) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateFontSize(std::string& value)
+{
+    return IsPercentage(value) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateLinePadding(std::string& value)
+{
+    StrToLower(value);
+    if (!EndsWith(value, 'c') || value.find('-') != std::string::npos)
+        return ERR_IGNORE;
+    return IsRealNumber(value.substr(0, value.size() - 1)) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidatePadding(std::string& value)
+{
+    return IsPercentageList(value, 1, 4) ? ERR_NONE : ERR_IGNORE;
+}
+
+int CAttrHandler::t_ValidateOriginExtent(std::string& value)
+{
+    // Pixel geometry cannot be placed on a screen of unknown size: refuse.
+    StrTrimLeft(value);
+    return IsPercentageList(value, 2, 2) ? ERR_NONE : ERR_INVALID;
+}
+
+int CAttrHandler::t_ValidateFontFamily(std::string& value)
+{
+    // Any named family is kept; the renderer falls back to its default font
+    // for names it does not have.
+    return value.empty() ? ERR_IGNORE : ERR_NONE;
+}
+
+bool CAttrHandler::t_SpaceSeparatedIntegersValidation(std::string& value)
+{
+    StrTrimLeft(value);
+    if (value.empty())
+        return false;
+    const std::vector<std::string> parts = StrSplit(value, " ");
+    if (parts.size() != 2)
+        return false;
+    return std::all_of(parts.begin(), parts.end(),
+                       [](const std::string& p) { return std::strtol(p.c_str(), nullptr, 10) > 0; });
+}
+
+}  // namespace TTML
