@@ -1,0 +1,10 @@
+#include "CATSCSource.h"
+
+namespace TTML {
+
+CATSCSource::CATSCSource()
+{
+    t_LoadFeedFromEnvironment(kFeedVariable, "ATSC");
+}
+
+}  // namespace TTML

@@ -1,0 +1,10 @@
+#include "CDVBSource.h"
+
+namespace TTML {
+
+CDVBSource::CDVBSource()
+{
+    t_LoadFeedFromEnvironment(kFeedVariable, "DVB");
+}
+
+}  // namespace TTML
