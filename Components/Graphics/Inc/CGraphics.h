@@ -1,0 +1,46 @@
+#ifndef TTML_GRAPHICS_CGRAPHICS_H
+#define TTML_GRAPHICS_CGRAPHICS_H
+
+#include "IGraphics.h"
+
+#include <map>
+#include <mutex>
+
+namespace TTML {
+
+class CRootContainer;
+
+// IGraphics over Ecore and Evas. Holds an Ecore-Evas reference and the
+// main-loop call service (CMainThreadUtils) from Initialize to Destroy.
+//
+// Text surfaces and text contexts are not made by this build yet:
+// CreateObject refuses kinds 0 and 1 with a warning.
+class CGraphics final : public IGraphics {
+public:
+    CGraphics() = default;
+    CGraphics(const CGraphics&) = delete;
+    CGraphics& operator=(const CGraphics&) = delete;
+
+    void Destroy() override;
+    bool Initialize(void* parent) override;
+    void* CreateObject(int kind) override;
+    void DestroyObject(void* object) override;
+    IRootContainer* GetRootContainer() override;
+
+    // Objects handed out and not yet given back (any thread).
+    size_t GetObjectCount() const;
+
+private:
+    ~CGraphics();  // Destroy() only
+    void m_Release();
+    void m_FreeObject(void* object, int kind);
+
+    bool m_bInitialized = false;
+    CRootContainer* m_pRootContainer = nullptr;
+    mutable std::mutex m_lock;
+    std::map<void*, int> m_objects;  // object -> kind
+};
+
+}  // namespace TTML
+
+#endif
