@@ -17,7 +17,7 @@ using namespace TTML;
 
 namespace {
 
-using AttrMap = std::map<int, std::string>;
+using AttrMap = TTML::CAttrMap;
 
 CElementSPTR Make(int type, const AttrMap& attrs = {})
 {

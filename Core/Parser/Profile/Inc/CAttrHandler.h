@@ -1,6 +1,7 @@
 #ifndef TTML_PARSER_PROFILE_CATTRHANDLER_H
 #define TTML_PARSER_PROFILE_CATTRHANDLER_H
 
+#include "CAttrMap.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
 
@@ -31,7 +32,7 @@ public:
     CAttrHandler& operator=(const CAttrHandler&) = delete;
 
     // Starting attributes of a parentless (root) element, by number.
-    virtual std::map<int, std::string> GetDefaultAttrValues() const;
+    virtual CAttrMap GetDefaultAttrValues() const;
     // -1 for the empty name; otherwise lower-cases `name` in place and
     // returns its number, or -1 when this profile does not name it.
     virtual int ToAttrEnum(std::string& name);
@@ -106,7 +107,7 @@ private:
     std::map<std::string, int> m_attrNameMap;
     std::vector<std::string> m_attrNames;
     std::vector<std::bitset<TTML_ELEM_COUNT>> m_appliesTo;
-    std::map<int, std::string> m_defaultValues;
+    CAttrMap m_defaultValues;
     std::bitset<TTML_ATTR_COUNT> m_inheritable;
     int m_profile = -1;
     std::list<std::string> m_downloadableFonts;

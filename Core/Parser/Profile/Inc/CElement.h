@@ -1,10 +1,10 @@
 #ifndef TTML_PARSER_PROFILE_CELEMENT_H
 #define TTML_PARSER_PROFILE_CELEMENT_H
 
+#include "CAttrMap.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
 
-#include <map>
 #include <memory>
 #include <string>
 
@@ -51,7 +51,7 @@ public:
     // True and the value when present; `value` is untouched otherwise.
     bool GetAttrValue(int attr, std::string& value) const;
     void RemoveAttrValue(int attr);
-    const std::map<int, std::string>& GetAttrMap() const { return m_attrMap; }
+    const CAttrMap& GetAttrMap() const { return m_attrMap; }
 
     void SetParent(CElementSPTR& parent);
     // Empty when no parent was set or the parent has been released.
@@ -78,7 +78,7 @@ private:
     int m_type;
     std::weak_ptr<CElement> m_pParent;
     bool m_bLastChild = false;
-    std::map<int, std::string> m_attrMap;
+    CAttrMap m_attrMap;
     bool m_bFontScaled = false;
 };
 

@@ -76,7 +76,7 @@ CAttrHandler::~CAttrHandler()
         m_pFontsMutex->Destroy();
 }
 
-std::map<int, std::string> CAttrHandler::GetDefaultAttrValues() const
+CAttrMap CAttrHandler::GetDefaultAttrValues() const
 {
     return m_defaultValues;
 }
@@ -145,7 +145,7 @@ void CAttrHandler::t_NameAttribute(int attr)
 void CAttrHandler::t_SetDefaultAttrValue(int attr, const std::string& value)
 {
     if (attr >= 0 && attr < TTML_ATTR_COUNT)
-        m_defaultValues[attr] = value;
+        m_defaultValues.Set(attr, value);
 }
 
 void CAttrHandler::t_SetInheritable(int attr, bool inheritable)

@@ -17,7 +17,7 @@ void CElement::AddAttrValue(int attr, const std::string& value)
         TTML_WARN("Can't insert any invalid attribute.");
         return;
     }
-    m_attrMap[attr] = value;
+    m_attrMap.Set(attr, value);
 }
 
 void CElement::CreateFromParent(CElementSPTR& parent)
@@ -32,10 +32,7 @@ void CElement::CreateFromParent(CElementSPTR& parent)
         TTML_WARN("NULL pointer error");
         return;
     }
-    auto defaults = t_pAttrHandler->GetDefaultAttrValues();
-    m_attrMap.clear();
-    for (auto& kv : defaults)
-        m_attrMap.emplace_hint(m_attrMap.end(), kv.first, std::move(kv.second));
+    m_attrMap = t_pAttrHandler->GetDefaultAttrValues();
 }
 
 bool CElement::IsImageProfile() const
@@ -71,16 +68,16 @@ bool CElement::GetFontScaleFlag()
 
 bool CElement::GetAttrValue(int attr, std::string& value) const
 {
-    auto it = m_attrMap.find(attr);
-    if (it == m_attrMap.end())
+    const std::string* found = m_attrMap.Get(attr);
+    if (!found)
         return false;
-    value = it->second;
+    value = *found;
     return true;
 }
 
 void CElement::RemoveAttrValue(int attr)
 {
-    m_attrMap.erase(attr);
+    m_attrMap.Erase(attr);
 }
 
 void CElement::SetParent(CElementSPTR& parent)
@@ -101,7 +98,7 @@ void CElement::CopyReferencedAttr(CElementSPTR& referenced)
     }
     for (const auto& kv : referenced->m_attrMap) {
         if (kv.first != ATTR_ID)
-            m_attrMap[kv.first] = kv.second;
+            m_attrMap.Set(kv.first, kv.second);
     }
 }
 
