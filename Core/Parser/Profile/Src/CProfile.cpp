@@ -1,0 +1,535 @@
+#include "CProfile.h"
+
+#include "CAgentInfo.h"
+#include "CAttrHandler.h"
+#include "CElementHandler.h"
+#include "CStyleRegionInfo.h"
+#include "CSubtitleInfo.h"
+#include "TTMLLog.h"
+#include "Util.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace TTML {
+
+class CProfile::DepthGuard {
+public:
+    explicit DepthGuard(int& depth) : m_depth(depth) { ++m_depth; }
+    ~DepthGuard() { --m_depth; }
+    DepthGuard(const DepthGuard&) = delete;
+    DepthGuard& operator=(const DepthGuard&) = delete;
+
+private:
+    int& m_depth;
+};
+
+CProfile::CProfile()
+{
+    TTML_INFO("Construction done");
+}
+
+CProfile::~CProfile()
+{
+    if (m_bInitialized)
+        Destroy();
+    TTML_INFO("Destruction done");
+}
+
+bool CProfile::Initialize()
+{
+    if (m_bInitialized) {
+        TTML_WARN("CProfile is already initialized, returning false.");
+        return false;
+    }
+    t_pElementHandler = new (std::nothrow) CElementHandler();
+    TTML_ASSERT(t_pElementHandler);
+    t_pAgentInfo = new (std::nothrow) CAgentInfo();
+    TTML_ASSERT(t_pAgentInfo);
+    t_pStyleRegionInfo = new (std::nothrow) CStyleRegionInfo();
+    TTML_ASSERT(t_pStyleRegionInfo);
+    m_bInitialized = true;
+    return true;
+}
+
+void CProfile::Destroy()
+{
+    if (!m_bInitialized) {
+        TTML_WARN("CProfile is already destroyed, returning false.");
+        return;
+    }
+    delete t_pAgentInfo;
+    t_pAgentInfo = nullptr;
+    delete t_pStyleRegionInfo;
+    t_pStyleRegionInfo = nullptr;
+    if (t_pAttrHandler) {
+        // Elements must not keep reaching a deleted handler for defaults;
+        // the next walk installs its own again.
+        CElement::SetAttributeHandler(nullptr);
+        delete t_pAttrHandler;
+        t_pAttrHandler = nullptr;
+    }
+    delete t_pElementHandler;
+    t_pElementHandler = nullptr;
+    m_bInitialized = false;
+    t_pSubtitleInfo = nullptr;
+}
+
+void CProfile::Reset()
+{
+    if (t_pAgentInfo)
+        t_pAgentInfo->Reset();
+    if (t_pStyleRegionInfo)
+        t_pStyleRegionInfo->Reset();
+    t_pSubtitleInfo = nullptr;
+    TTML_INFO("Function is done");
+}
+
+void CProfile::SetProfile(int profile)
+{
+    m_profile = profile;
+    if (t_pAttrHandler)
+        t_pAttrHandler->SetProfile(profile);
+}
+
+int CProfile::GetProfile()
+{
+    return m_profile;
+}
+
+void CProfile::OnErrorDownloadableFonts(const std::list<std::string>& fonts)
+{
+    if (t_pAttrHandler)
+        t_pAttrHandler->OnErrorDownloadableFonts(fonts);
+}
+
+int CProfile::ProcessSubtitles(TTMLProfileData* data)
+{
+    if (!data || !data->pXmlParser || !data->pSubtitleInfo) {
+        TTML_WARN("Invalid parameters");
+        return ERR_NULL_POINTER;
+    }
+    if (!t_pAgentInfo || !t_pStyleRegionInfo || !t_pAttrHandler || !t_pElementHandler) {
+        TTML_WARN("NULL pointer found");
+        return ERR_NULL_POINTER;
+    }
+
+    t_pXmlParser = data->pXmlParser;
+    t_pSubtitleInfo = data->pSubtitleInfo;
+    t_pAttrHandler->SetSubtitleInfo(t_pSubtitleInfo);
+    // Elements take their defaults from the handler installed last; with
+    // several profiles alive that may be another profile's.
+    CElement::SetAttributeHandler(t_pAttrHandler);
+    m_nDepth = 0;
+
+    int result = ERR_NONE;
+    XMLNODEPTR root = t_pXmlParser->GetRootElement();
+    if (!root) {
+        TTML_WARN("Root element not found");
+        result = ERR_INVALID;
+    } else {
+        CElementSPTR noParent;
+        result = t_ParseNode(root, noParent);
+        if (result == ERR_NONE)
+            result = t_ProcessSubtitleInfo();
+    }
+
+    t_pAttrHandler->SetSubtitleInfo(nullptr);
+    return result;
+}
+
+int CProfile::t_ParseNode(XMLNODEPTR node, CElementSPTR& parent)
+{
+    TTML_ASSERT(t_pXmlParser);
+    if (!node) {
+        TTML_WARN("pXmlNode: Null pointer error");
+        return ERR_NULL_POINTER;
+    }
+    if (m_nDepth >= kMaxNestingDepth) {
+        TTML_WARN("Document nesting deeper than %d levels; refusing it", kMaxNestingDepth);
+        return ERR_INVALID;
+    }
+    DepthGuard guard(m_nDepth);
+
+    CElementSPTR element = t_CreateElement(node);
+    int result = t_ProcessElement(node, parent, element);
+    if (result == ERR_NONE) {
+        std::vector<XMLNODEPTR> children;
+        t_GetChildElementList(node, element, children);
+        for (XMLNODEPTR child : children) {
+            int r = t_ParseNode(child, element);
+            if (r != ERR_NONE) {
+                TTML_WARN("Error in parsing for node %s; error code=%d", t_pXmlParser->GetNodeName(node).c_str(), r);
+                result = r;
+                break;
+            }
+        }
+    }
+    if (result == ERR_SKIP_CHILDREN)
+        result = ERR_NONE;
+    return result;
+}
+
+int CProfile::t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("Null pointer");
+        return ERR_NULL_POINTER;
+    }
+    switch (element->GetType()) {
+    case ELEM_REGION:
+        return t_HandleRegionElement(node, element);
+    case ELEM_TT:
+        return t_HandleTTElement(node, element);
+    case ELEM_BR:
+        return t_HandleLineBreak(node, parent, element);
+    default:
+        return ERR_NO_MATCH;
+    }
+}
+
+void CProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& /*element*/, std::vector<XMLNODEPTR>& list)
+{
+    if (!node) {
+        TTML_WARN("pXmlNode: Null pointer error");
+        return;
+    }
+    for (XMLNODEPTR child = t_pXmlParser->GetChildElementList(node); child;
+         child = t_pXmlParser->GetNextElementNode(child))
+        list.push_back(child);
+}
+
+int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("Null pointer found");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pXmlParser);
+    // Text nodes never carry attributes; skip the reader round trip.
+    if (node->type != XML_ELEMENT_NODE)
+        return ERR_NONE;
+
+    std::string name;
+    std::string value;
+    for (XMLATTRPTR attr = t_pXmlParser->GetAttributeList(node); attr; attr = t_pXmlParser->GetNextAttr(attr)) {
+        name = t_pXmlParser->GetAttrName(attr);
+        value = t_pXmlParser->GetAttrValue(attr);
+        int number = t_pAttrHandler->ToAttrEnum(name);
+        int code = t_pAttrHandler->ValidateAttribute(static_cast<TTMLAttr>(number), value);
+        switch (code) {
+        case ERR_NONE:
+            element->AddAttrValue(number, value);
+            break;
+        case ERR_IGNORE:
+        case ERR_NOT_SUPPORTED:
+            break;
+        case ERR_INVALID:
+            return ERR_INVALID;
+        default:
+            TTML_WARN("Unknown error code found = %d", code);
+            return code;
+        }
+    }
+    return ERR_NONE;
+}
+
+int CProfile::t_HandleTTElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node) {
+        TTML_WARN("pNode is Null");
+        return ERR_NULL_POINTER;
+    }
+    int result = t_ParseAttributes(node, element);
+    if (result != ERR_NONE)
+        return result;
+
+    std::string cellResolution = "32 15";
+    element->GetAttrValue(ATTR_CELLRESOLUTION, cellResolution);
+    t_pSubtitleInfo->SetCellResolution(cellResolution);
+    std::string timeBase = "media";
+    element->GetAttrValue(ATTR_TIMEBASE, timeBase);
+    t_pSubtitleInfo->SetTimeBase(timeBase);
+    return ERR_NONE;
+}
+
+int CProfile::t_HandleBodyElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !parent || !element) {
+        TTML_WARN("NULL pointer error");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pSubtitleInfo);
+
+    // The body starts from the defaults; of the root only language and
+    // white-space handling carry over.
+    CElementSPTR noParent;
+    element->CreateFromParent(noParent);
+    std::string value;
+    if (parent->GetAttrValue(ATTR_LANG, value))
+        element->AddAttrValue(ATTR_LANG, value);
+    if (parent->GetAttrValue(ATTR_SPACE, value))
+        element->AddAttrValue(ATTR_SPACE, value);
+
+    t_HandleReferencedElement(node, element);
+    return t_ParseAttributes(node, element);
+}
+
+int CProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !parent || !element) {
+        TTML_WARN("NULL pointer error");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pSubtitleInfo);
+    element->CreateFromParent(parent);
+    t_HandleReferencedElement(node, element);
+    return t_ParseAttributes(node, element);
+}
+
+int CProfile::t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& /*parent*/, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL Pointer");
+        return ERR_NULL_POINTER;
+    }
+    int result = t_ParseAttributes(node, element);
+    if (result != ERR_NONE) {
+        TTML_WARN("Attribute parsing error");
+        return result;
+    }
+    std::string id;
+    if (element->GetAttrValue(ATTR_ID, id))
+        t_pStyleRegionInfo->AddStyle(id, element);
+    return ERR_NONE;
+}
+
+int CProfile::t_HandleRegionElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL Pointer error");
+        return ERR_NULL_POINTER;
+    }
+    t_HandleReferencedElement(node, element);
+    int result = t_ParseAttributes(node, element);
+    if (result != ERR_NONE) {
+        TTML_WARN("Attribute parsing error");
+    } else {
+        // A region's own or referenced background fills the region, not
+        // the text lines inheriting from it.
+        std::string value;
+        if (element->GetAttrValue(ATTR_BACKGROUNDCOLOR, value)) {
+            element->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
+            element->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, value);
+        }
+        std::string id;
+        element->GetAttrValue(ATTR_ID, id);
+        t_pStyleRegionInfo->AddRegion(id, element);
+    }
+    TTML_INFO("Function is done");
+    return result;
+}
+
+int CProfile::t_HandleReferencedElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL pointer");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pStyleRegionInfo && t_pXmlParser);
+    if (node->type != XML_ELEMENT_NODE || !node->properties)
+        return ERR_NONE;
+
+    std::string regionKey(kTTMLAttrKeys[ATTR_REGION]);
+    std::string styleKey(kTTMLAttrKeys[ATTR_STYLE]);
+    std::string value;
+    if (t_pXmlParser->GetAttrValue(node, regionKey, value)) {
+        CElementSPTR region = t_pStyleRegionInfo->GetRegion(value);
+        element->CopyReferencedAttr(region);
+    }
+    if (t_pXmlParser->GetAttrValue(node, styleKey, value)) {
+        for (const std::string& id : StrSplit(value, " ")) {
+            CElementSPTR style = t_pStyleRegionInfo->GetStyle(id);
+            element->CopyReferencedAttr(style);
+        }
+    }
+    return ERR_NONE;
+}
+
+void CProfile::t_CheckLastSibling(XMLNODEPTR node, CElementSPTR& element)
+{
+    TTML_ASSERT(t_pXmlParser);
+    if (element && !t_pXmlParser->GetNextNode(node))
+        element->SetLastChild();
+}
+
+CElementSPTR CProfile::t_CreateElement(XMLNODEPTR node)
+{
+    if (!node) {
+        TTML_WARN("pXmlNode is a Null pointer");
+        return CElementSPTR();
+    }
+    int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN)
+                                                : t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+    CElementSPTR element;
+    try {
+        element = std::make_shared<CElement>(type);
+    } catch (const std::bad_alloc& e) {
+        TTML_WARN("%s", e.what());
+    }
+    TTML_ASSERT(element);
+    return element;
+}
+
+int CProfile::t_HandleLineBreak(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !parent || !element) {
+        TTML_WARN("NULL pointer detected");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
+    element->CreateFromParent(parent);
+    std::string begin;
+    std::string end;
+    if (!element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end))
+        TTML_WARN("Element does not contain begin or end time");
+    element->AddAttrValue(ATTR_TEXT, "\n");
+    t_AddElement(begin, end, element);
+    return ERR_NONE;
+}
+
+void CProfile::t_AddElement(const std::string& begin, const std::string& end, CElementSPTR& element)
+{
+    if (!begin.empty() && !end.empty()) {
+        t_pSubtitleInfo->AddElement(std::strtoull(begin.c_str(), nullptr, 10),
+                                    std::strtoull(end.c_str(), nullptr, 10), element);
+    } else {
+        t_pSubtitleInfo->AddElement(0, 0, element);
+    }
+}
+
+int CProfile::t_ProcessSubtitleInfo()
+{
+    return t_pSubtitleInfo->SplitSubtitleInfoData();
+}
+
+int CProfile::t_HandleTextNode(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL pointer");
+        return ERR_NULL_POINTER;
+    }
+    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
+
+    std::string text = t_pXmlParser->GetElementContent(node);
+    std::string space;
+    if (!element->GetAttrValue(ATTR_SPACE, space) || space == "default")
+        t_RemoveExtraWhiteSpace(text);
+    element->AddAttrValue(ATTR_TEXT, text);
+
+    std::string begin;
+    std::string end;
+    std::string showBackground;
+    bool hasBegin = element->GetAttrValue(ATTR_BEGIN, begin);
+    bool hasEnd = element->GetAttrValue(ATTR_END, end);
+    bool hasShowBackground = element->GetAttrValue(ATTR_SHOWBACKGROUND, showBackground);
+    if (!hasBegin || !hasEnd || !hasShowBackground) {
+        TTML_WARN("begin/end/showBG attributes not found in the map. Ignoring this!");
+        begin.clear();
+        end.clear();
+    }
+    if (showBackground != "always" && text.empty()) {
+        TTML_WARN("Empty Span found with BG as when active");
+        begin.clear();
+        end.clear();
+    }
+    t_AddElement(begin, end, element);
+    return ERR_NONE;
+}
+
+int CProfile::t_HandleSpanChildElement(XMLNODEPTR spanNode, XMLNODEPTR child, CElementSPTR& spanParent,
+                                       CElementSPTR& spanElement)
+{
+    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
+    if (!spanNode || !child || !spanParent || !spanElement) {
+        TTML_WARN("pSpanXmlNode or pSpanChild or pSpanParent or pSpanCElement is NULL");
+        return ERR_NULL_POINTER;
+    }
+    // Nested spans recurse through here, not through t_ParseNode.
+    if (m_nDepth >= kMaxNestingDepth) {
+        TTML_WARN("Document nesting deeper than %d levels; refusing it", kMaxNestingDepth);
+        return ERR_INVALID;
+    }
+    DepthGuard guard(m_nDepth);
+
+    CElementSPTR childElement = t_CreateElement(child);
+    CElementSPTR paragraph = spanParent;
+    while (paragraph && paragraph->GetType() != ELEM_P)
+        paragraph = paragraph->GetParent();
+
+    int result;
+    if (!t_pXmlParser->IsTextNode(child)) {
+        result = t_ProcessElement(child, spanElement, childElement);
+        childElement->SetParent(paragraph);
+    } else {
+        childElement->CreateFromParent(spanElement);
+        childElement->SetParent(paragraph);
+        result = t_HandleTextNode(child, childElement);
+    }
+
+    if (result != ERR_NONE)
+        TTML_WARN("Error in processing children of Span. error code = %d", result);
+    else if (spanElement->GetLastChild())
+        t_CheckLastSibling(child, childElement);
+    return result;
+}
+
+bool CProfile::t_ValidateCopyrightVersion(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("node/element pointer is NULL");
+        return false;
+    }
+    const char* expected = nullptr;
+    if (element->GetType() == ELEM_COPYRIGHT)
+        expected = "ebu 2014";
+    else if (element->GetType() == ELEM_DOCUMENTEBUTTVERSION)
+        expected = "v1.0";
+    else
+        return true;
+    std::string text = t_pXmlParser->GetElementContent(node);
+    return text.empty() || text == expected;
+}
+
+void CProfile::t_RemoveExtraWhiteSpace(std::string& text)
+{
+    // One pass instead of the equivalent regular expressions: this runs for
+    // every text node, including the indentation between paragraphs.
+    auto isControl = [](char c) { return c == '\n' || c == '\r' || c == '\t'; };
+    bool collapsible = false;
+    for (size_t i = 0; i < text.size() && !collapsible; ++i)
+        collapsible = isControl(text[i]) || (text[i] == ' ' && i + 1 < text.size() && text[i + 1] == ' ');
+    // Single interior (or edge) spaces are kept as written.
+    if (!collapsible)
+        return;
+
+    // Every run of spaces, tabs, line feeds and carriage returns becomes one
+    // space; then both ends are trimmed.
+    size_t out = 0;
+    bool inRun = false;
+    for (char c : text) {
+        if (c == ' ' || isControl(c)) {
+            if (!inRun)
+                text[out++] = ' ';
+            inRun = true;
+        } else {
+            text[out++] = c;
+            inRun = false;
+        }
+    }
+    text.resize(out);
+    StrTrimLeft(text);
+    StrTrimRight(text);
+}
+
+}  // namespace TTML

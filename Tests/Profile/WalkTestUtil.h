@@ -1,0 +1,131 @@
+#ifndef INTERTITLE_TESTS_WALKTESTUTIL_H
+#define INTERTITLE_TESTS_WALKTESTUTIL_H
+
+#include "CEBUProfile.h"
+#include "CStyleRegionInfo.h"
+#include "CSubtitleInfo.h"
+#include "CXmlParser.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <vector>
+
+namespace WalkTest {
+
+// Exposes the registries and the text normalisation for inspection.
+class TestProfile : public TTML::CEBUProfile {
+public:
+    TTML::CStyleRegionInfo* Registry() { return t_pStyleRegionInfo; }
+    using TTML::CProfile::t_RemoveExtraWhiteSpace;
+};
+
+constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+
+// An EBU-TT-D document; head parts and root attributes are spliced in.
+inline std::string Doc(const std::string& body, const std::string& styling = "",
+                       const std::string& layout = kRegion, const std::string& rootAttrs = "",
+                       const std::string& headExtra = "")
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ttm=\"http://www.w3.org/ns/ttml#metadata\""
+           " xmlns:ebuttm=\"urn:ebu:tt:metadata\" xmlns:ebutts=\"urn:ebu:tt:style\" " +
+           rootAttrs + "><head>" + headExtra + "<styling>" + styling + "</styling><layout>" + layout +
+           "</layout></head><body>" + body + "</body></tt>";
+}
+
+// A paragraph from 1 s to 2 s in region r1 holding `inner`.
+inline std::string Para(const std::string& inner, const std::string& attrs = "")
+{
+    return "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\" " + attrs + ">" + inner +
+           "</p></div>";
+}
+
+struct Timed {
+    unsigned long long begin;
+    unsigned long long end;
+    TTML::CElementSPTR element;
+};
+
+// One EBU-TT-D walk of `xml`. The profile is reset only on destruction so
+// that its registries can still be inspected.
+class Walk {
+public:
+    explicit Walk(const std::string& xml, unsigned long long segmentStart = 0, unsigned long long segmentEnd = 0,
+                  const std::list<std::string>& failedFonts = {})
+    {
+        EXPECT_TRUE(profile.Initialize());
+        profile.SetProfile(2);
+        if (!failedFonts.empty())
+            profile.OnErrorDownloadableFonts(failedFonts);
+        EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
+        info.SetSubtitleSegmentTimings(segmentStart, segmentEnd);
+        TTML::CProfile::TTMLProfileData data;
+        data.pXmlParser = &reader;
+        data.pSubtitleInfo = &info;
+        result = profile.ProcessSubtitles(&data);
+    }
+    ~Walk()
+    {
+        profile.Reset();
+        profile.Destroy();
+        reader.Reset();
+    }
+
+    // Every listed element once, with the union of its split intervals, in
+    // the order of first appearance.
+    std::vector<Timed> TimedElements() const
+    {
+        std::set<TTML::CSubtitleInfo::TimeInterval> keys;
+        info.GetUniqueKeys(keys);
+        std::vector<Timed> out;
+        for (const auto& key : keys) {
+            std::list<TTML::CElementSPTR> elements;
+            info.GetElementListForInterval(key, elements);
+            for (const auto& e : elements) {
+                bool seen = false;
+                for (auto& t : out) {
+                    if (t.element == e) {
+                        t.begin = std::min(t.begin, key.first);
+                        t.end = std::max(t.end, key.second);
+                        seen = true;
+                    }
+                }
+                if (!seen)
+                    out.push_back({key.first, key.second, e});
+            }
+        }
+        return out;
+    }
+
+    // The first timed element whose text is `text`; null when none.
+    TTML::CElementSPTR Text(const std::string& text) const
+    {
+        for (const auto& t : TimedElements()) {
+            std::string value;
+            if (t.element->GetAttrValue(TTML::ATTR_TEXT, value) && value == text)
+                return t.element;
+        }
+        return nullptr;
+    }
+
+    TestProfile profile;
+    TTML::CXmlParser reader;
+    TTML::CSubtitleInfo info;
+    int result = -1;
+};
+
+// The attribute's value, or "<absent>".
+inline std::string Attr(const TTML::CElementSPTR& element, int attr)
+{
+    std::string value;
+    if (!element)
+        return "<no element>";
+    return element->GetAttrValue(attr, value) ? value : "<absent>";
+}
+
+}  // namespace WalkTest
+
+#endif
