@@ -1,0 +1,165 @@
+// The public EBU-TT-D samples through the whole parser path. Most of them
+// declare IMSC 1 text after EBU-TT-D, and the last declaration decides; until
+// the IMSC 1 walker exists such a document is refused, so each sample also
+// runs once with its IMSC 1 declaration removed, which leaves it EBU-TT-D.
+
+#include "LogCapture.h"
+#include "ParserTestUtil.h"
+
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+using namespace ParserTest;
+
+namespace {
+
+const std::string kSampleDir = std::string(INTERTITLE_TESTDATA) + "/ebu-tt-d/ttml";
+const std::string kImscDeclaration =
+    "<ebuttm:conformsToStandard>http://www.w3.org/ns/ttml/profile/imsc1/text</ebuttm:conformsToStandard>";
+
+std::vector<std::string> SampleFiles()
+{
+    std::vector<std::string> files;
+    DIR* dir = opendir(kSampleDir.c_str());
+    if (!dir)
+        return files;
+    while (dirent* e = readdir(dir)) {
+        std::string name = e->d_name;
+        if (name != "." && name != "..")
+            files.push_back(name);
+    }
+    closedir(dir);
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+std::string ReadSample(const std::string& name)
+{
+    std::ifstream in(kSampleDir + "/" + name, std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
+
+std::string WithoutImscDeclaration(std::string xml)
+{
+    for (size_t at; (at = xml.find(kImscDeclaration)) != std::string::npos;)
+        xml.erase(at, kImscDeclaration.size());
+    return xml;
+}
+
+#define SKIP_WITHOUT_SAMPLES()                                                                      \
+    do {                                                                                            \
+        if (SampleFiles().empty())                                                                  \
+            GTEST_SKIP() << "EBU-TT-D samples not found in " << kSampleDir                          \
+                         << " (set INTERTITLE_TESTDATA to the shared test data folder)";            \
+    } while (0)
+
+// As delivered: accepted as EBU-TT-D, or refused only because the document
+// resolves to IMSC 1 — never crashed, never refused by the EBU-TT-D rules.
+TEST(EbuSamples, EveryDocumentAsDelivered)
+{
+    SKIP_WITHOUT_SAMPLES();
+    SyncParser p(1);
+    int accepted = 0;
+    for (const auto& name : SampleFiles()) {
+        std::string xml = ReadSample(name);
+        ASSERT_FALSE(xml.empty()) << name;
+        int resolved = -2;
+        int result = p.Run(xml, -1, &resolved);
+        size_t imsc = xml.rfind(kImscDeclaration);
+        bool declaresImscLast =
+            imsc != std::string::npos && xml.find("<ebuttm:conformsToStandard>", imsc + 1) == std::string::npos;
+        if (declaresImscLast) {
+            EXPECT_EQ(resolved, 0) << name;
+            EXPECT_EQ(result, TTML::ERR_NOT_SUPPORTED) << name;
+        } else {
+            EXPECT_EQ(resolved, 2) << name;
+            EXPECT_EQ(result, TTML::ERR_NONE) << name;
+            accepted += result == TTML::ERR_NONE;
+        }
+    }
+    EXPECT_EQ(static_cast<size_t>(accepted), p.delivered.Count());
+}
+
+TEST(EbuSamples, EveryDocumentAsEbu)
+{
+    SKIP_WITHOUT_SAMPLES();
+    SyncParser p(1);
+    for (const auto& name : SampleFiles()) {
+        LogCapture log;
+        int resolved = -2;
+        int result = p.Run(WithoutImscDeclaration(ReadSample(name)), -1, &resolved);
+        EXPECT_EQ(resolved, 2) << name;
+        EXPECT_EQ(result, TTML::ERR_NONE) << name << "\n" << log.Dump();
+    }
+}
+
+// Expected intervals and texts worked out by hand from each document.
+using Interval = std::pair<unsigned long long, unsigned long long>;
+struct SampleCase {
+    const char* file;
+    std::vector<Interval> intervals;
+    unsigned long long lastEnd;
+    Interval probe;     // one of the intervals
+    std::string texts;  // texts shown in it, in document order, '|'-joined
+};
+
+void PrintTo(const SampleCase& c, std::ostream* os)
+{
+    *os << c.file;
+}
+
+const SampleCase kSamples[] = {
+    // Span, line break, span in each paragraph; the first span keeps its
+    // single trailing space.
+    {"br-in-p-001-ttml.xml", {{10000, 20000}, {22000, 30000}}, 30000, {10000, 20000}, "One |\n|line Subtitle."},
+    // Times on the spans only, both in one paragraph.
+    {"timing-on-span-002-ttml.xml", {{10000, 20000}, {22000, 30000}}, 30000, {22000, 30000}, "One line Subtitle."},
+    // Two divisions shown at once.
+    {"content-in-multiple-div-001-ttml.xml", {{10000, 20000}, {22000, 30000}}, 30000, {10000, 20000},
+     "A line within one div element.|A line within another div element."},
+    // Rows overlapping in two groups: 16-20, 18-22, 20-24 and 28-32, 30-34, 32-36.
+    {"cumulative-rows-001-ttml.xml",
+     {{16000, 18000}, {18000, 20000}, {20000, 22000}, {22000, 24000},
+      {28000, 30000}, {30000, 32000}, {32000, 34000}, {34000, 36000}},
+     36000, {20000, 22000}, "This is the second line.|This is the third and last line."},
+    // Four regions appearing every 2 s, each shown for 10 s.
+    {"multiple-regions-sequence-001-ttml.xml",
+     {{10000, 12000}, {12000, 14000}, {14000, 16000}, {16000, 20000},
+      {20000, 22000}, {22000, 24000}, {24000, 26000}},
+     26000, {16000, 20000}, "start/before|end/before|start/after|end/after"},
+    // xml:space="preserve" on the root reaches the text through body, and the
+    // blanks between the paragraph's tags are kept as text of their own.
+    {"space-preserve-001-ttml.xml", {{10000, 20000}, {22000, 30000}}, 30000, {10000, 20000},
+     " |One \nline Subtitle.| "},
+};
+
+class EbuSampleIntervals : public ::testing::TestWithParam<SampleCase> {};
+
+TEST_P(EbuSampleIntervals, MatchHandDerivedValues)
+{
+    SKIP_WITHOUT_SAMPLES();
+    const SampleCase& c = GetParam();
+    SyncParser p(1);
+    ASSERT_EQ(p.Run(WithoutImscDeclaration(ReadSample(c.file)), 2), TTML::ERR_NONE);
+    ASSERT_NE(p.Last(), nullptr);
+    EXPECT_EQ(Intervals(*p.Last()), c.intervals);
+    EXPECT_EQ(p.Last()->GetLastEndTime(), c.lastEnd);
+    EXPECT_EQ(TextsIn(*p.Last(), c.probe), c.texts);
+}
+
+INSTANTIATE_TEST_SUITE_P(Parser, EbuSampleIntervals, ::testing::ValuesIn(kSamples),
+                         [](const ::testing::TestParamInfo<SampleCase>& info) {
+                             std::string n = info.param.file;
+                             n = n.substr(0, n.find("-ttml"));
+                             std::replace(n.begin(), n.end(), '-', '_');
+                             return n;
+                         });
+
+}  // namespace

@@ -1,0 +1,137 @@
+#ifndef INTERTITLE_TESTS_PARSERTESTUTIL_H
+#define INTERTITLE_TESTS_PARSERTESTUTIL_H
+
+#include "CParser.h"
+#include "CSubtitleInfo.h"
+#include "SubRawData.h"
+
+#include <pthread.h>
+
+#include <list>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace ParserTest {
+
+// An EBU-TT-D document assembled from parts; the defaults give a valid
+// document with one region and one subtitle from 1 s to 2 s.
+struct DocParts {
+    std::string rootAttrs = "ttp:timeBase=\"media\"";
+    std::string head;  // extra head children, before styling and layout
+    std::string styling;
+    std::string layout = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+    std::string body = "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">"
+                       "<span>Hello</span></p></div>";
+};
+
+inline std::string MakeDoc(const DocParts& d)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ttm=\"http://www.w3.org/ns/ttml#metadata\""
+           " xmlns:ebuttm=\"urn:ebu:tt:metadata\" " +
+           d.rootAttrs + ">\n<head>" + d.head + "<styling>" + d.styling + "</styling><layout>" + d.layout +
+           "</layout></head>\n<body>" + d.body + "</body>\n</tt>\n";
+}
+
+inline std::string MakeDoc()
+{
+    return MakeDoc(DocParts());
+}
+
+// conformsToStandard declarations in document metadata, in order.
+inline std::string Conforms(const std::vector<std::string>& designators)
+{
+    std::string s = "<metadata><ebuttm:documentMetadata>";
+    for (const auto& d : designators)
+        s += "<ebuttm:conformsToStandard>" + d + "</ebuttm:conformsToStandard>";
+    return s + "</ebuttm:documentMetadata></metadata>";
+}
+
+constexpr const char* kEbu = "urn:ebu:tt:distribution:2014-01";
+constexpr const char* kImscText = "http://www.w3.org/ns/ttml/profile/imsc1/text";
+constexpr const char* kImscImage = "http://www.w3.org/ns/ttml/profile/imsc1/image";
+
+inline TTML::SubRawData* MakeRecord(const std::string& xml, int profile = -1, long long timeStamp = 0)
+{
+    auto* r = new TTML::SubRawData();
+    r->xmlData = xml;
+    r->profile = profile;
+    r->timeStamp = timeStamp;
+    return r;
+}
+
+inline std::string ThreadName()
+{
+    char name[32] = {0};
+    pthread_getname_np(pthread_self(), name, sizeof(name));
+    return name;
+}
+
+// Takes every delivered document, with the thread it arrived on.
+struct Deliveries {
+    std::mutex lock;
+    std::vector<std::unique_ptr<TTML::CSubtitleInfo>> docs;
+    std::vector<std::string> threads;
+
+    size_t Count()
+    {
+        std::lock_guard<std::mutex> g(lock);
+        return docs.size();
+    }
+
+    static void Callback(int msgId, void* data)
+    {
+        auto* d = static_cast<TTML::ParserCallbackData*>(data);
+        auto* self = static_cast<Deliveries*>(d->pUserData);
+        if (msgId != 0)
+            return;
+        std::lock_guard<std::mutex> g(self->lock);
+        self->docs.emplace_back(d->pSubtitleInfo);
+        self->threads.push_back(ThreadName());
+    }
+};
+
+// Split intervals of a document, in map order.
+inline std::vector<std::pair<unsigned long long, unsigned long long>> Intervals(const TTML::CSubtitleInfo& info)
+{
+    std::set<TTML::CSubtitleInfo::TimeInterval> keys;
+    info.GetUniqueKeys(keys);
+    return {keys.begin(), keys.end()};
+}
+
+// Texts of the elements shown in one interval, joined with '|'.
+inline std::string TextsIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo::TimeInterval interval)
+{
+    std::list<TTML::CElementSPTR> elements;
+    info.GetElementListForInterval(interval, elements);
+    std::string out;
+    for (const auto& e : elements) {
+        std::string t;
+        e->GetAttrValue(TTML::ATTR_TEXT, t);
+        out += (out.empty() ? "" : "|") + t;
+    }
+    return out;
+}
+
+// A parser whose documents run on the test's thread (nothing is queued).
+struct SyncParser {
+    Deliveries delivered;
+    TTML::CParser parser;
+
+    explicit SyncParser(int mode = 1) { parser.Initialize(mode, &Deliveries::Callback, &delivered); }
+    ~SyncParser() { parser.Destroy(); }
+
+    int Run(const std::string& xml, int transport = -1, int* resolved = nullptr)
+    {
+        return parser.ProcessRecord(MakeRecord(xml, transport), resolved);
+    }
+    TTML::CSubtitleInfo* Last() { return delivered.docs.empty() ? nullptr : delivered.docs.back().get(); }
+};
+
+}  // namespace ParserTest
+
+#endif

@@ -1,0 +1,131 @@
+// Which profile a document is parsed with: transport value, declaration in
+// the document, subtitle mode default. IMSC 1 documents are refused until
+// their walkers exist, which is what the result column shows for 0 and 1.
+
+#include "LogCapture.h"
+#include "ParserTestUtil.h"
+
+#include <gtest/gtest.h>
+
+using namespace ParserTest;
+
+namespace {
+
+struct ResolutionCase {
+    const char* name;
+    int transport;
+    int mode;
+    std::string rootAttrs;  // added to the root's attributes
+    std::string head;       // head children before styling
+    int resolved;
+    int result;
+    std::vector<std::string> logged;     // exact messages
+    std::vector<std::string> notLogged;  // no message contains these
+};
+
+void PrintTo(const ResolutionCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+std::string RootProfile(const std::string& designator)
+{
+    return "ttp:profile=\"" + designator + "\"";
+}
+
+const std::string kMismatch = "Different profile specified in XML and TS Descriptor/Mpd.";
+const std::string kRefusedImsc0 = "IMSC 1 profile 0 is not supported yet";
+const std::string kRefusedImsc1 = "IMSC 1 profile 1 is not supported yet";
+
+const ResolutionCase kCases[] = {
+    {"TransportImageIsUsedWithoutLookingAtTheDocument", 1, 1, "", Conforms({kEbu}), 1, TTML::ERR_NOT_SUPPORTED,
+     {kRefusedImsc1, "Unable to create parsing profile!!!"},
+     {kMismatch, "Profile found in xml", "Using profile given"}},
+    {"TransportEbuWithImscTextDeclarationWarnsAndUsesTheDocument", 2, 1, "", Conforms({kImscText}), 0,
+     TTML::ERR_NOT_SUPPORTED,
+     {"Different profile specified in XML and TS Descriptor/Mpd. profile=2, profileInXml=0",
+      "Using profile given in XML: 0", kRefusedImsc0},
+     {}},
+    {"SameProfileInTransportAndDocumentDoesNotWarn", 2, 1, "", Conforms({kEbu}), 2, TTML::ERR_NONE,
+     {"Using profile given in XML: 2"}, {kMismatch}},
+    {"NoDeclarationMode9DefaultsToImscText", -1, 9, "", "", 0, TTML::ERR_NOT_SUPPORTED,
+     {"Profile found in xml=[]", "Un-recognized profile in subtitle data!",
+      "Using default profile as 0 in subtitle mode=9", kRefusedImsc0},
+     {}},
+    {"NoDeclarationMode1DefaultsToEbu", -1, 1, "", "", 2, TTML::ERR_NONE,
+     {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
+    {"UnknownTransportValueIsTreatedAsNone", 5, 1, "", "", 2, TTML::ERR_NONE,
+     {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
+    {"UnknownTransportValueMode9", 5, 9, "", "", 0, TTML::ERR_NOT_SUPPORTED,
+     {"Using default profile as 0 in subtitle mode=9"}, {}},
+    {"NegativeTransportValueIsTreatedAsNone", -7, 1, "", "", 2, TTML::ERR_NONE,
+     {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
+    {"TransportTextWithoutDeclaration", 0, 1, "", "", 0, TTML::ERR_NOT_SUPPORTED,
+     {"Using profile given in TS/Mpd: 0", kRefusedImsc0}, {}},
+    {"TransportEbuBeatsTheModeDefault", 2, 9, "", "", 2, TTML::ERR_NONE,
+     {"Using profile given in TS/Mpd: 2"}, {"Using default profile"}},
+    {"EbuUrnWithFurtherPartMatchesAsSubstring", 0, 1, RootProfile("urn:ebu:tt:distribution:2014-01:extra"), "", 2,
+     TTML::ERR_NONE,
+     {"Profile found in xml=[urn:ebu:tt:distribution:2014-01:extra]",
+      "Different profile specified in XML and TS Descriptor/Mpd. profile=0, profileInXml=2",
+      "Using profile given in XML: 2"},
+     {}},
+    {"ImscTextDesignatorWithSuffixIsUnrecognised", -1, 1, RootProfile(std::string(kImscText) + "/x"), "", 2,
+     TTML::ERR_NONE, {"Un-recognized profile in subtitle data!", "Using default profile as 2 in subtitle mode=1"},
+     {}},
+    {"ImscDesignatorIsCaseSensitive", -1, 1, RootProfile("HTTP://www.w3.org/ns/ttml/profile/imsc1/text"), "", 2,
+     TTML::ERR_NONE, {"Un-recognized profile in subtitle data!"}, {}},
+    {"ImscImageDesignatorOnTheRoot", -1, 1, RootProfile(kImscImage), "", 1, TTML::ERR_NOT_SUPPORTED,
+     {"Using profile given in XML: 1", kRefusedImsc1}, {}},
+    {"RootAttributeBeatsHeadDeclarations", -1, 9, RootProfile(kEbu), Conforms({kImscText}), 2, TTML::ERR_NONE,
+     {"Using profile given in XML: 2"}, {}},
+    {"HeadProfileElementUse", -1, 1, "", std::string("<ttp:profile use=\"") + kImscText + "\"/>", 0,
+     TTML::ERR_NOT_SUPPORTED, {"Using profile given in XML: 0"}, {}},
+    {"HeadProfileElementBeatsMetadata", -1, 9, "", std::string("<ttp:profile use=\"") + kEbu + "\"/>" +
+     Conforms({kImscText}), 2, TTML::ERR_NONE, {"Using profile given in XML: 2"}, {}},
+    // The public EBU-TT-D samples declare EBU first and IMSC 1 text last.
+    {"LastConformsToStandardWins", -1, 1, "", Conforms({kEbu, kImscText}), 0, TTML::ERR_NOT_SUPPORTED,
+     {"Profile found in xml=[http://www.w3.org/ns/ttml/profile/imsc1/text]"}, {}},
+    {"LastConformsToStandardWinsEbu", -1, 9, "", Conforms({kImscText, kEbu}), 2, TTML::ERR_NONE,
+     {"Using profile given in XML: 2"}, {}},
+};
+
+class Resolution : public ::testing::TestWithParam<ResolutionCase> {};
+
+TEST_P(Resolution, ResolvesAndLogs)
+{
+    const ResolutionCase& c = GetParam();
+    DocParts d;
+    d.rootAttrs += " " + c.rootAttrs;
+    d.head = c.head;
+    SyncParser p(c.mode);
+    LogCapture log;
+    int resolved = -2;
+    int result = p.Run(MakeDoc(d), c.transport, &resolved);
+
+    EXPECT_EQ(resolved, c.resolved);
+    EXPECT_EQ(result, c.result) << log.Dump();
+    EXPECT_EQ(p.delivered.Count(), c.result == TTML::ERR_NONE ? 1u : 0u);
+    for (const auto& line : c.logged)
+        EXPECT_TRUE(log.Has(line)) << "missing: " << line << "\n" << log.Dump();
+    for (const auto& part : c.notLogged)
+        EXPECT_FALSE(log.HasContaining(part)) << "unexpected: " << part << "\n" << log.Dump();
+}
+
+INSTANTIATE_TEST_SUITE_P(Parser, Resolution, ::testing::ValuesIn(kCases),
+                         [](const ::testing::TestParamInfo<ResolutionCase>& info) { return info.param.name; });
+
+// Documents of different profiles never share a profile object; a refused
+// IMSC 1 document leaves the cached EBU-TT-D profile working.
+TEST(ResolutionCache, RefusedImscDocumentDoesNotDisturbEbu)
+{
+    SyncParser p(1);
+    DocParts imsc;
+    imsc.head = Conforms({kImscText});
+    EXPECT_EQ(p.Run(MakeDoc()), TTML::ERR_NONE);
+    EXPECT_EQ(p.Run(MakeDoc(imsc)), TTML::ERR_NOT_SUPPORTED);
+    EXPECT_EQ(p.Run(MakeDoc()), TTML::ERR_NONE);
+    EXPECT_EQ(p.delivered.Count(), 2u);
+}
+
+}  // namespace
