@@ -1,0 +1,149 @@
+#ifndef INTERTITLE_TESTS_CONTROLLER_CONTROLLERFIXTURE_H
+#define INTERTITLE_TESTS_CONTROLLER_CONTROLLERFIXTURE_H
+
+#include "../Graphics/MainLoopFixture.h"
+
+#include "CController.h"
+#include "CEngine.h"
+#include "CMainThreadUtils.h"
+#include "CTTMLMenu.h"
+#include "ITTMLSource.h"
+
+#include <Evas.h>
+
+#include <cstring>
+#include <list>
+#include <mutex>
+#include <string>
+
+// A source the test drives by hand: messages are delivered on the calling
+// thread, and every query is answered from fields the test sets.
+class ScriptedSource : public TTML::ITTMLSource {
+public:
+    bool RegisterCallback(TTML::TTMLSourceCallback callback, void* userData) override
+    {
+        m_callback = callback;
+        m_lastCallback = callback;
+        m_userData = userData;
+        ++registrations;
+        return callback != nullptr;
+    }
+
+    void UnregisterCallback() override
+    {
+        m_callback = nullptr;
+        ++unregistrations;
+    }
+
+    int GetMediaTime(long long* pTime) override
+    {
+        if (!pTime || !clockRunning)
+            return -1;
+        *pTime = mediaTime;
+        return 0;
+    }
+
+    std::list<std::string> GetFontErrorList() override
+    {
+        ++fontListReads;
+        return fonts;
+    }
+
+    int GetSubtitleMode() override
+    {
+        ++modeReads;
+        return mode;
+    }
+
+    // Delivers one message as the source thread would; false when nobody listens.
+    bool Send(int msgId, void* data)
+    {
+        if (!m_callback)
+            return false;
+        m_callback(msgId, data);
+        return true;
+    }
+
+    // Delivers through the last registered callback even after
+    // UnregisterCallback, as a late message would arrive.
+    void SendLate(int msgId, void* data)
+    {
+        if (m_lastCallback)
+            m_lastCallback(msgId, data);
+    }
+
+    void* UserData() const { return m_userData; }
+
+    int mode = 0;
+    bool clockRunning = true;
+    long long mediaTime = 0;
+    std::list<std::string> fonts;
+    int registrations = 0;
+    int unregistrations = 0;
+    int modeReads = 0;
+    int fontListReads = 0;
+
+private:
+    TTML::TTMLSourceCallback m_callback = nullptr;
+    TTML::TTMLSourceCallback m_lastCallback = nullptr;
+    void* m_userData = nullptr;
+};
+
+// A headless canvas with the main loop available; the controller makes its
+// own graphics object, so the fixture's is given back at once.
+class ControllerTest : public MainLoopTest {
+public:
+    void SetUp() override
+    {
+        MainLoopTest::SetUp();
+        DestroyGraphics();
+        TTML::CEngine::ClearCounters();
+        TTML::CTTMLMenu::TakeCalls();
+        TTML::CController::SetParserFactory(nullptr);
+    }
+
+    void TearDown() override
+    {
+        if (m_pCore)
+            m_pCore->Destroy();
+        m_pCore = nullptr;
+        TTML::CController::SetParserFactory(nullptr);
+        TTML::CTTMLMenu::Destroy();
+        MainLoopTest::TearDown();
+    }
+
+    TTML::CController* Core()
+    {
+        if (!m_pCore)
+            m_pCore = static_cast<TTML::CController*>(TTML::ICore::GetInstance());
+        return m_pCore;
+    }
+
+    // Destroys the core the fixture holds (it is gone afterwards).
+    void DestroyCore()
+    {
+        ASSERT_NE(nullptr, m_pCore);
+        EXPECT_TRUE(m_pCore->Destroy());
+        m_pCore = nullptr;
+    }
+
+    void* Parent() { return m_canvas.GetBaseLayout(); }
+
+    // The root container's Evas object on the canvas, or null when none exists.
+    Evas_Object* RootObject()
+    {
+        Evas_Object* pAbove = evas_object_above_get(m_canvas.GetBaseLayout());
+        const char* type = pAbove ? evas_object_type_get(pAbove) : nullptr;
+        return (type && std::strcmp(type, "TTMLRootContainer") == 0) ? pAbove : nullptr;
+    }
+
+    bool RootVisible()
+    {
+        Evas_Object* pRoot = RootObject();
+        return pRoot && evas_object_visible_get(pRoot);
+    }
+
+    TTML::CController* m_pCore = nullptr;
+};
+
+#endif

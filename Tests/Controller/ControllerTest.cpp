@@ -1,0 +1,570 @@
+#include "ControllerFixture.h"
+
+#include "CParser.h"
+#include "CSubtitleInfo.h"
+#include "LogCapture.h"
+#include "SeekNotifyData.h"
+#include "StartNotifyData.h"
+#include "SubRawData.h"
+#include "TTMLLog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <vector>
+
+using namespace TTML;
+
+namespace {
+
+std::vector<std::string> MenuCalls()
+{
+    return CTTMLMenu::TakeCalls();
+}
+
+// Index of the first line at or after `from` whose text contains `part`; -1 if none.
+int LineIndex(const LogCapture& log, const std::string& part, int from = 0)
+{
+    std::vector<LogCapture::Line> lines = log.Lines();
+    for (int i = from; i < static_cast<int>(lines.size()); ++i)
+        if (lines[i].text.find(part) != std::string::npos)
+            return i;
+    return -1;
+}
+
+class Controller : public ControllerTest {
+public:
+    // An initialised core listening to m_source; menu journal and counters cleared.
+    void Start(int mode = 0)
+    {
+        m_source.mode = mode;
+        ASSERT_TRUE(Core()->Initialize(&m_source, Parent()));
+        CEngine::ClearCounters();
+        CTTMLMenu::TakeCalls();
+    }
+
+    ScriptedSource m_source;
+};
+
+// --- Initialisation ----------------------------------------------------------
+
+TEST_F(Controller, InitializeCreatesEverythingAndListensToTheSource)
+{
+    LogCapture log;
+    m_source.mode = 66;
+    ASSERT_TRUE(Core()->Initialize(&m_source, Parent()));
+    EXPECT_TRUE(log.Has("Exit", DLOG_INFO)) << log.Dump();
+
+    EXPECT_EQ(1, m_source.registrations);
+    EXPECT_EQ(Core(), m_source.UserData());
+    // Read once and handed to the engine.
+    EXPECT_EQ(1, m_source.modeReads);
+    EXPECT_EQ(66, CEngine::GetCounters().subtitleMode);
+    EXPECT_NE(nullptr, RootObject());
+    EXPECT_NE(nullptr, CMainThreadUtils::GetInstance());
+}
+
+TEST_F(Controller, NullSourceIsRefusedBeforeAnythingIsMade)
+{
+    LogCapture log;
+    EXPECT_FALSE(Core()->Initialize(nullptr, Parent()));
+    EXPECT_TRUE(log.Has("pSource NULL pointer error", DLOG_ERROR));
+    EXPECT_EQ(nullptr, RootObject());
+    EXPECT_EQ(nullptr, CMainThreadUtils::GetInstance());
+}
+
+TEST_F(Controller, SecondInitializeIsRefusedAndKeepsTheFirst)
+{
+    Start();
+    ScriptedSource other;
+    LogCapture log;
+    EXPECT_FALSE(Core()->Initialize(&other, Parent()));
+    EXPECT_TRUE(log.Has("Already initialized", DLOG_WARN));
+    EXPECT_EQ(0, other.registrations);
+    long long t = 0;
+    m_source.mediaTime = 42;
+    EXPECT_TRUE(Core()->GetVideoCurrentTime(&t));
+    EXPECT_EQ(42, t);
+}
+
+enum class Failing { Graphics, Engine, Parser };
+
+struct InitFailureCase {
+    const char* name;
+    Failing failing;
+    std::vector<const char*> warnings;  // in this order
+    const char* error;
+    bool engineWasMade;
+};
+
+void PrintTo(const InitFailureCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+// A parser that refuses Initialize because it already ran it.
+CParser* MakeInitializedParser()
+{
+    CParser* pParser = new CParser();
+    pParser->Initialize(0, nullptr, nullptr);
+    return pParser;
+}
+
+class InitFailure : public Controller, public ::testing::WithParamInterface<InitFailureCase> {};
+
+TEST_P(InitFailure, UnwindsInReverseAndLeavesNothingBehind)
+{
+    const InitFailureCase& c = GetParam();
+    void* pParent = c.failing == Failing::Graphics ? nullptr : Parent();
+    CEngine* pRival = nullptr;
+    IGraphics* pRivalGraphics = nullptr;
+    if (c.failing == Failing::Engine) {
+        pRivalGraphics = IGraphics::Create();
+        pRival = new CEngine(pRivalGraphics);
+        ASSERT_TRUE(pRival->Initialize(0));
+    }
+    if (c.failing == Failing::Parser)
+        CController::SetParserFactory(MakeInitializedParser);
+    CEngine::ClearCounters();
+
+    LogCapture log;
+    EXPECT_FALSE(Core()->Initialize(&m_source, pParent));
+    int at = 0;
+    for (const char* warning : c.warnings) {
+        int found = LineIndex(log, warning, at);
+        EXPECT_GE(found, 0) << warning << "\n" << log.Dump();
+        at = std::max(at, found);
+    }
+    int errorAt = LineIndex(log, c.error);
+    EXPECT_GE(errorAt, at) << log.Dump();
+
+    // Nothing is left: no graphics, no live engine, no listening.
+    EXPECT_EQ(nullptr, RootObject());
+    EXPECT_EQ(nullptr, CMainThreadUtils::GetInstance());
+    EXPECT_EQ(0, m_source.registrations);
+    EXPECT_EQ(c.engineWasMade ? 1 : 0, CEngine::GetCounters().destroys);
+    if (c.failing == Failing::Parser) {
+        // Engine undone before graphics.
+        int engineAt = LineIndex(log, "CEngine.cpp: Destroy(", errorAt);
+        int graphicsAt = LineIndex(log, "CGraphics.cpp: Destroy(", errorAt);
+        EXPECT_GE(engineAt, 0);
+        EXPECT_GT(graphicsAt, engineAt) << log.Dump();
+        EXPECT_TRUE(log.Has("Destruction done")) << "the refused parser is deleted";
+    }
+    if (pRival) {
+        pRival->Destroy();
+        delete pRival;
+        pRivalGraphics->Destroy();
+    }
+
+    // The same core can be initialised once the cause is gone.
+    CController::SetParserFactory(nullptr);
+    EXPECT_TRUE(Core()->Initialize(&m_source, Parent()));
+    EXPECT_EQ(1, m_source.registrations);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Controller, InitFailure,
+    ::testing::Values(
+        InitFailureCase{"Graphics", Failing::Graphics, {"pParent is null", "Unable to create graphics"},
+                        "graphics not created!", false},
+        InitFailureCase{"Engine", Failing::Engine, {"Already created", "Error in m_pEngine->Initialize"},
+                        "engine not created!", false},
+        InitFailureCase{"Parser",
+                        Failing::Parser,
+                        {"CParser is already initialized, returning false.", "Error in parser initialization!"},
+                        "parser not created!",
+                        true}),
+    [](const ::testing::TestParamInfo<InitFailureCase>& info) { return std::string(info.param.name); });
+
+// --- Null payloads and unknown ids --------------------------------------------
+
+struct NullPayloadCase {
+    const char* name;
+    int msgId;
+    const char* warning;                  // null: none expected
+    std::vector<std::string> menuCalls;   // what reaches the menu
+};
+
+void PrintTo(const NullPayloadCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class NullPayload : public Controller, public ::testing::WithParamInterface<NullPayloadCase> {};
+
+TEST_P(NullPayload, IsRefusedWithItsWarningAndReachesNothing)
+{
+    const NullPayloadCase& c = GetParam();
+    Start();
+    LogCapture log;
+    ASSERT_TRUE(m_source.Send(c.msgId, nullptr));
+    std::vector<LogCapture::Line> lines = log.Lines();
+    int warnings = 0;
+    for (const LogCapture::Line& line : lines)
+        warnings += line.prio == DLOG_WARN;
+    if (c.warning) {
+        EXPECT_TRUE(log.Has(c.warning, DLOG_WARN)) << log.Dump();
+        EXPECT_EQ(1, warnings) << log.Dump();
+    } else {
+        EXPECT_EQ(0, warnings) << log.Dump();
+    }
+    EXPECT_EQ(c.menuCalls, MenuCalls());
+    CEngine::Counters n = CEngine::GetCounters();
+    EXPECT_EQ(0, n.starts + n.pauses + n.resumes + n.seekStarts + n.seekCompletes + n.resets + n.documentsQueued);
+    EXPECT_TRUE(RootVisible()) << "neither shown nor hidden";
+    EXPECT_EQ(0, m_source.unregistrations);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Controller, NullPayload,
+    ::testing::Values(NullPayloadCase{"XmlData", 0, "Invalid pData", {}},
+                      NullPayloadCase{"Start", 1, "Invalid pData", {}},
+                      NullPayloadCase{"Stop", 2, "Invalid user param: pData", {}},
+                      NullPayloadCase{"Pause", 3, "Invalid user param: pData", {}},
+                      NullPayloadCase{"Resume", 4, "Invalid user param: pData", {}},
+                      NullPayloadCase{"Invalidate", 5, "Invalid user param: pData", {}},
+                      NullPayloadCase{"SeekStart", 6, "Invalid pData", {}},
+                      NullPayloadCase{"SeekCompleted", 7, "Invalid user param: pData", {}},
+                      // The menu messages ignore their payload.
+                      NullPayloadCase{"MenuRegister", 8, nullptr,
+                                      {"RegisterVconfKeysForCaption()", "ReadMenuData()"}},
+                      NullPayloadCase{"MenuUnregister", 9, nullptr, {"UnregisterVconfKeysForCaption()"}},
+                      NullPayloadCase{"MenuLang", 10, "null pointer error !", {}},
+                      NullPayloadCase{"Show", 11, "Error: null pointer", {}},
+                      NullPayloadCase{"Hide", 12, "Error: null pointer", {}},
+                      NullPayloadCase{"FontError", 13, "Error: null pointer", {}},
+                      NullPayloadCase{"Fourteen", 14, "Invalid message", {}},
+                      NullPayloadCase{"Negative", -1, "Invalid message", {}},
+                      NullPayloadCase{"Large", 1000, "Invalid message", {}}),
+    [](const ::testing::TestParamInfo<NullPayloadCase>& info) { return std::string(info.param.name); });
+
+TEST_F(Controller, UnknownIdWithACorePayloadOnlyWarns)
+{
+    Start();
+    LogCapture log;
+    ASSERT_TRUE(m_source.Send(14, Core()));
+    EXPECT_TRUE(log.Has("Invalid message", DLOG_WARN));
+    EXPECT_TRUE(MenuCalls().empty());
+    EXPECT_TRUE(RootVisible());
+}
+
+TEST_F(Controller, RecordsWithoutACoreAreRefused)
+{
+    Start();
+    LogCapture log;
+    // Freed by the controller: the address sanitizer build reports a leak otherwise.
+    SubRawData* pRaw = new SubRawData();
+    pRaw->xmlData = "<tt/>";
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_XML_DATA, pRaw));
+    EXPECT_TRUE(log.Has("Invalid controller/parser object", DLOG_WARN));
+
+    StartNotifyData start;
+    start.bandMode = true;
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+    SeekNotifyData seek;
+    seek.position = 5000;
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_START, &seek));
+    EXPECT_EQ(2, log.Count("Invalid user data", DLOG_WARN));
+    CEngine::Counters n = CEngine::GetCounters();
+    EXPECT_EQ(0, n.starts + n.seekStarts + n.resets);
+}
+
+// --- Playback notifications ---------------------------------------------------
+
+TEST_F(Controller, StartCopiesTheBandModeAndStartsTheEngine)
+{
+    Start();
+    for (bool band : {true, false}) {
+        LogCapture log;
+        StartNotifyData start;
+        start.bandMode = band;
+        start.pCore = Core();
+        ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+        EXPECT_TRUE(log.Has("m_OnStartNotify_Cb", DLOG_INFO));
+        EXPECT_EQ(band, CEngine::GetCounters().lastBandMode);
+    }
+    EXPECT_EQ(2, CEngine::GetCounters().starts);
+}
+
+TEST_F(Controller, PauseAndResumeReachTheEngine)
+{
+    Start();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_PAUSE, Core()));
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_PAUSE, Core()));
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_RESUME, Core()));
+    CEngine::Counters n = CEngine::GetCounters();
+    EXPECT_EQ(2, n.pauses);
+    EXPECT_EQ(1, n.resumes);
+}
+
+TEST_F(Controller, StopResetsParserThenEngineAndKeepsThem)
+{
+    Start();
+    LogCapture log;
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_STOP, Core()));
+    EXPECT_TRUE(log.Has("Reset is done", DLOG_INFO)) << log.Dump();
+    EXPECT_EQ(1, CEngine::GetCounters().resets);
+    // Still wired: the next start reaches the same engine.
+    StartNotifyData start;
+    start.pCore = Core();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+    EXPECT_EQ(1, CEngine::GetCounters().starts);
+}
+
+struct SeekCase {
+    const char* name;
+    bool bandMode;
+    int seekStarts;
+    int seekCompletes;
+    int resets;      // engine resets
+    bool parserReset;
+};
+
+void PrintTo(const SeekCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class Seek : public Controller, public ::testing::WithParamInterface<SeekCase> {};
+
+TEST_P(Seek, OutOfBandSeeksAndBandModeResets)
+{
+    const SeekCase& c = GetParam();
+    Start();
+    StartNotifyData start;
+    start.bandMode = c.bandMode;
+    start.pCore = Core();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+
+    LogCapture log;
+    SeekNotifyData seek;
+    seek.position = 90061001;
+    seek.pCore = Core();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_START, &seek));
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_COMPLETED, Core()));
+
+    CEngine::Counters n = CEngine::GetCounters();
+    EXPECT_EQ(c.seekStarts, n.seekStarts);
+    EXPECT_EQ(c.seekCompletes, n.seekCompletes);
+    EXPECT_EQ(c.resets, n.resets);
+    EXPECT_EQ(c.parserReset, log.Has("Reset is done"));
+    if (c.seekStarts) {
+        EXPECT_EQ(90061001, n.lastSeekPosition);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Controller, Seek,
+                         ::testing::Values(SeekCase{"OutOfBand", false, 1, 1, 0, false},
+                                           SeekCase{"BandMode", true, 0, 0, 1, true}),
+                         [](const ::testing::TestParamInfo<SeekCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST_F(Controller, BandModeLastsUntilTheNextStart)
+{
+    Start();
+    StartNotifyData start;
+    start.bandMode = true;
+    start.pCore = Core();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+    start.bandMode = false;
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
+    SeekNotifyData seek;
+    seek.position = 7;
+    seek.pCore = Core();
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_START, &seek));
+    EXPECT_EQ(1, CEngine::GetCounters().seekStarts);
+    EXPECT_EQ(0, CEngine::GetCounters().resets);
+}
+
+// --- Show, hide and the menu ------------------------------------------------------
+
+struct ShowCase {
+    const char* name;
+    int mode;
+    const char* divisionOnShow;  // SetCaptionDivisionMode argument on show
+};
+
+void PrintTo(const ShowCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class ShowHide : public Controller, public ::testing::WithParamInterface<ShowCase> {};
+
+TEST_P(ShowHide, DivisionIsForcedOffUnlessTheModeAllowsItAndHideAlwaysForcesIt)
+{
+    const ShowCase& c = GetParam();
+    Start(c.mode);
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_HIDE, Core()));
+    EXPECT_FALSE(RootVisible());
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SHOW, Core()));
+    EXPECT_TRUE(RootVisible());
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_HIDE, Core()));
+    EXPECT_FALSE(RootVisible());
+    std::vector<std::string> expected = {"SetCaptionDivisionMode(1)", c.divisionOnShow, "SetCaptionDivisionMode(1)"};
+    EXPECT_EQ(expected, MenuCalls());
+}
+
+INSTANTIATE_TEST_SUITE_P(Controller, ShowHide,
+                         ::testing::Values(ShowCase{"ModeZero", 0, "SetCaptionDivisionMode(1)"},
+                                           ShowCase{"ModeTwo", 2, "SetCaptionDivisionMode(1)"},
+                                           ShowCase{"ModeEight", 8, "SetCaptionDivisionMode(0)"},
+                                           ShowCase{"ModeNine", 9, "SetCaptionDivisionMode(0)"},
+                                           ShowCase{"ModeAllButEight", ~8, "SetCaptionDivisionMode(1)"}),
+                         [](const ::testing::TestParamInfo<ShowCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST_F(Controller, MenuLanguageIsSetFromTheSourceMode)
+{
+    Start(72);
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_MENU_LANG, Core()));
+    EXPECT_EQ(std::vector<std::string>{"SetLangInMenu(72)"}, MenuCalls());
+}
+
+TEST_F(Controller, FontErrorsAreReadFromTheSourceForTheParser)
+{
+    Start();
+    m_source.fonts = {"a.ttf", "b.ttf"};
+    LogCapture log;
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_FONT_ERROR, Core()));
+    EXPECT_EQ(1, m_source.fontListReads);
+    EXPECT_TRUE(log.Has("Exit", DLOG_INFO));
+    EXPECT_EQ(0, log.Count("Error: null pointer"));
+}
+
+// --- Without the source ---------------------------------------------------------
+
+TEST_F(Controller, AfterInvalidateOnlySourceRequestsFailAndTheRestLivesOn)
+{
+    Start(8);
+    long long t = -1;
+    m_source.mediaTime = 1234;
+    ASSERT_TRUE(Core()->GetVideoCurrentTime(&t));
+    EXPECT_EQ(1234, t);
+
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_INVALIDATE, Core()));
+    EXPECT_EQ(1, m_source.unregistrations);
+
+    LogCapture log;
+    t = -1;
+    EXPECT_FALSE(Core()->GetVideoCurrentTime(&t));
+    EXPECT_EQ(-1, t);
+    EXPECT_EQ(1, log.Count("pSource is null", DLOG_WARN));
+
+    EXPECT_FALSE(m_source.Send(TTML_SOURCE_MSG_PAUSE, Core())) << "no longer registered";
+
+    // Late messages: whatever needs the source warns, the rest still works.
+    log.Clear();
+    m_source.SendLate(TTML_SOURCE_MSG_MENU_LANG, Core());
+    m_source.SendLate(TTML_SOURCE_MSG_FONT_ERROR, Core());
+    m_source.SendLate(TTML_SOURCE_MSG_HIDE, Core());
+    m_source.SendLate(TTML_SOURCE_MSG_SHOW, Core());
+    EXPECT_EQ(3, log.Count("pSource is null", DLOG_WARN)) << log.Dump();
+    EXPECT_EQ(0, m_source.fontListReads);
+    EXPECT_TRUE(RootVisible());
+    EXPECT_EQ(std::vector<std::string>{"SetCaptionDivisionMode(1)"}, MenuCalls()) << "only hide reached the menu";
+    m_source.SendLate(TTML_SOURCE_MSG_PAUSE, Core());
+    EXPECT_EQ(1, CEngine::GetCounters().pauses);
+
+    // A second invalidate has nothing left to unregister.
+    m_source.SendLate(TTML_SOURCE_MSG_INVALIDATE, Core());
+    EXPECT_EQ(1, m_source.unregistrations);
+}
+
+TEST_F(Controller, ParsedDocumentsGoToTheEngineOnlyWhileOneExists)
+{
+    LogCapture log;
+    CSubtitleInfo* pInfo = new CSubtitleInfo();
+    EXPECT_FALSE(Core()->AddSubtitleInfo(pInfo));
+    EXPECT_TRUE(log.Has("m_pEngine nullptr", DLOG_WARN));
+    delete pInfo;  // refused: still ours
+
+    Start();
+    EXPECT_TRUE(Core()->AddSubtitleInfo(new CSubtitleInfo()));
+    // Null would end the engine thread: refused, and the warning says so.
+    EXPECT_FALSE(Core()->AddSubtitleInfo(nullptr));
+    EXPECT_TRUE(log.Has("Error in adding subtitle info into engine queue", DLOG_WARN));
+    EXPECT_EQ(1, CEngine::GetCounters().documentsQueued);
+}
+
+// --- Destroy ------------------------------------------------------------------
+
+TEST_F(Controller, DestroyTearsDownInOrder)
+{
+    Start();
+    LogCapture log;
+    DestroyCore();
+
+    int hideAt = LineIndex(log, "] [Hide]");
+    int parserAt = LineIndex(log, "Destroy is done");
+    int engineAt = LineIndex(log, "CEngine.cpp: Destroy(");
+    int graphicsAt = LineIndex(log, "CGraphics.cpp: Destroy(");
+    int menuAt = LineIndex(log, "CTTMLMenu.cpp: Destroy(");
+    ASSERT_GE(hideAt, 0) << log.Dump();
+    EXPECT_LT(hideAt, parserAt);
+    EXPECT_LT(parserAt, engineAt);
+    EXPECT_LT(engineAt, graphicsAt);
+    EXPECT_LT(graphicsAt, menuAt);
+    EXPECT_EQ(1, m_source.unregistrations);
+    // Hide forces division off; the engine leaves the menu before it goes.
+    std::vector<std::string> expected = {"SetCaptionDivisionMode(1)", "UnRegisterMenuChangeNotify()", "Destroy()"};
+    EXPECT_EQ(expected, MenuCalls());
+
+    EXPECT_EQ(nullptr, RootObject());
+    EXPECT_EQ(nullptr, CMainThreadUtils::GetInstance());
+    EXPECT_EQ(1, CEngine::GetCounters().destroys);
+}
+
+TEST_F(Controller, UnregistersBeforeTheParserGoes)
+{
+    // The source is told first, so no message can reach a half-destroyed core.
+    struct OrderSource : ScriptedSource {
+        void UnregisterCallback() override
+        {
+            ScriptedSource::UnregisterCallback();
+            TTML_INFO("source unregistered");
+        }
+    } source;
+    ASSERT_TRUE(Core()->Initialize(&source, Parent()));
+    LogCapture log;
+    DestroyCore();
+    int unregisterAt = LineIndex(log, "source unregistered");
+    ASSERT_GE(unregisterAt, 0);
+    EXPECT_LT(LineIndex(log, "] [Hide]"), unregisterAt);
+    EXPECT_LT(unregisterAt, LineIndex(log, "Destroy is done"));
+}
+
+TEST_F(Controller, AfterDestroyGetInstanceGivesAFreshController)
+{
+    Start();
+    DestroyCore();
+
+    LogCapture log;
+    CController* pFresh = Core();
+    ASSERT_NE(nullptr, pFresh);
+    long long t = 0;
+    EXPECT_FALSE(pFresh->GetVideoCurrentTime(&t));
+    EXPECT_TRUE(log.Has("pSource is null"));
+    EXPECT_FALSE(pFresh->AddSubtitleInfo(nullptr));
+    EXPECT_TRUE(log.Has("m_pEngine nullptr"));
+    EXPECT_EQ(pFresh, ICore::GetInstance()) << "one instance until destroyed";
+
+    EXPECT_TRUE(pFresh->Initialize(&m_source, Parent()));
+    EXPECT_EQ(2, m_source.registrations);
+}
+
+TEST_F(Controller, DestroyOfAnUninitialisedCoreOnlyWarns)
+{
+    LogCapture log;
+    Core();
+    DestroyCore();
+    for (const char* warning : {"Graphics handle is null", "Parser is null", "m_pEngine is null", "m_pGraphics is null"})
+        EXPECT_TRUE(log.Has(warning, DLOG_WARN)) << warning << "\n" << log.Dump();
+}
+
+}  // namespace
