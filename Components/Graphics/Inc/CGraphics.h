@@ -13,8 +13,9 @@ class CRootContainer;
 // IGraphics over Ecore and Evas. Holds an Ecore-Evas reference and the
 // main-loop call service (CMainThreadUtils) from Initialize to Destroy.
 //
-// Text surfaces and text contexts are not made by this build yet:
-// CreateObject refuses kinds 0 and 1 with a warning.
+// Text surfaces (CTextSurface) and text contexts (CTextContext) may be made
+// and set up on any thread; they draw on the main loop. DestroyObject called
+// elsewhere frees them on the main loop.
 class CGraphics final : public IGraphics {
 public:
     CGraphics() = default;
@@ -34,6 +35,8 @@ private:
     ~CGraphics();  // Destroy() only
     void m_Release();
     void m_FreeObject(void* object, int kind);
+    static void m_FreeSurface_Cb(void* object);
+    static void m_FreeContext_Cb(void* object);
 
     bool m_bInitialized = false;
     CRootContainer* m_pRootContainer = nullptr;

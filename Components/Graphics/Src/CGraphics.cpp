@@ -2,6 +2,8 @@
 
 #include "CMainThreadUtils.h"
 #include "CRootContainer.h"
+#include "CTextContext.h"
+#include "CTextSurface.h"
 #include "CTimer.h"
 #include "TTMLLog.h"
 
@@ -70,11 +72,19 @@ void* CGraphics::CreateObject(int kind)
     }
     void* pObject = nullptr;
     switch (kind) {
-    case OBJECT_TEXT_SURFACE:
-    case OBJECT_TEXT_CONTEXT:
-        TTML_WARN("CreateObject: %s is not available in this build",
-                  kind == OBJECT_TEXT_SURFACE ? "text surface" : "text context");
-        return nullptr;
+    case OBJECT_TEXT_SURFACE: {
+        // Any thread: nothing touches the canvas until the first drawing call.
+        CTextSurface* pSurface = new (std::nothrow) CTextSurface(m_pRootContainer);
+        TTML_ASSERT(pSurface);
+        pObject = static_cast<ITextSurface*>(pSurface);
+        break;
+    }
+    case OBJECT_TEXT_CONTEXT: {
+        CTextContext* pContext = new (std::nothrow) CTextContext(m_pRootContainer);
+        TTML_ASSERT(pContext);
+        pObject = static_cast<ITextContext*>(pContext);
+        break;
+    }
     case OBJECT_TIMER: {
         if (!eina_main_loop_is()) {
             TTML_WARN("CreateObject: timers are made on the main loop");
@@ -116,6 +126,16 @@ void CGraphics::DestroyObject(void* object)
 
 void CGraphics::m_FreeObject(void* object, int kind)
 {
+    if (kind == OBJECT_TEXT_SURFACE || kind == OBJECT_TEXT_CONTEXT) {
+        // Canvas objects die on the main loop; the root container outlives
+        // what is posted there (it is deleted on the main loop too).
+        void (*pFree)(void*) = kind == OBJECT_TEXT_SURFACE ? m_FreeSurface_Cb : m_FreeContext_Cb;
+        if (eina_main_loop_is())
+            pFree(object);
+        else
+            ecore_main_loop_thread_safe_call_async(pFree, object);
+        return;
+    }
     if (kind == OBJECT_TIMER) {
         CTimer* pTimer = static_cast<CTimer*>(static_cast<ITimer*>(object));
         if (!eina_main_loop_is()) {
@@ -127,6 +147,16 @@ void CGraphics::m_FreeObject(void* object, int kind)
         }
         CTimer::Release(pTimer);
     }
+}
+
+void CGraphics::m_FreeSurface_Cb(void* object)
+{
+    delete static_cast<CTextSurface*>(static_cast<ITextSurface*>(object));
+}
+
+void CGraphics::m_FreeContext_Cb(void* object)
+{
+    delete static_cast<CTextContext*>(static_cast<ITextContext*>(object));
 }
 
 IRootContainer* CGraphics::GetRootContainer()

@@ -55,6 +55,9 @@ bool CHeadlessCanvas::Initialize(int width, int height)
     }
     m_width = width;
     m_height = height;
+    // With alpha Evas clears what it redraws, so a hidden object leaves
+    // transparency behind instead of its last pixels.
+    ecore_evas_alpha_set(m_pEcoreEvas, EINA_TRUE);
     ecore_evas_show(m_pEcoreEvas);
     Evas* pEvas = ecore_evas_get(m_pEcoreEvas);
     m_pBaseLayout = evas_object_box_add(pEvas);

@@ -1,0 +1,220 @@
+#ifndef INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
+#define INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
+
+#include "CHeadlessCanvas.h"
+#include "IGraphics.h"
+#include "IRootContainer.h"
+#include "ITextContext.h"
+#include "ITextSurface.h"
+#include "TTMLAttr.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+// A 1920x1080 headless canvas with the graphics object over its base layout;
+// the test thread is the main loop thread. Pixels are read straight from the
+// rendered buffer (premultiplied 0xAARRGGBB).
+class DrawingTest : public ::testing::Test {
+public:
+    struct Box {
+        int x0 = 1 << 30, y0 = 1 << 30, x1 = -1, y1 = -1;  // inclusive; empty when x1 < x0
+        int count = 0;
+        bool Empty() const { return count == 0; }
+        int CentreY() const { return (y0 + y1) / 2; }
+        int CentreX() const { return (x0 + x1) / 2; }
+    };
+    typedef std::function<bool(unsigned int)> Match;
+
+    void SetUp() override
+    {
+        ASSERT_TRUE(m_canvas.Initialize(1920, 1080));
+        m_pGraphics = TTML::IGraphics::Create();
+        ASSERT_NE(nullptr, m_pGraphics);
+        ASSERT_TRUE(m_pGraphics->Initialize(m_canvas.GetBaseLayout()));
+    }
+
+    void TearDown() override
+    {
+        for (auto* pContext : m_contexts) {
+            pContext->Deinitialize();
+            m_pGraphics->DestroyObject(pContext);
+        }
+        for (auto* pSurface : m_surfaces) {
+            pSurface->Deinitialize();
+            m_pGraphics->DestroyObject(pSurface);
+        }
+        m_pGraphics->Destroy();
+        m_canvas.Destroy();
+    }
+
+    TTML::IRootContainer* Root() { return m_pGraphics->GetRootContainer(); }
+
+    TTML::ITextSurface* MakeSurface(int x, int y, int w, int h)
+    {
+        auto* pSurface = static_cast<TTML::ITextSurface*>(m_pGraphics->CreateObject(0));
+        EXPECT_NE(nullptr, pSurface);
+        if (!pSurface)
+            return nullptr;
+        m_surfaces.push_back(pSurface);
+        EXPECT_TRUE(pSurface->Initialize(w, h, "lrtb"));
+        pSurface->SetPosition(x, y);
+        return pSurface;
+    }
+
+    TTML::ITextContext* MakeContext(int w, double fontPx = 48)
+    {
+        auto* pContext = static_cast<TTML::ITextContext*>(m_pGraphics->CreateObject(1));
+        EXPECT_NE(nullptr, pContext);
+        if (!pContext)
+            return nullptr;
+        m_contexts.push_back(pContext);
+        EXPECT_TRUE(pContext->Initialize());
+        pContext->SetWidth(w);
+        pContext->SetFontSize(fontPx);
+        pContext->SetTextAlign("center");
+        pContext->SetWrap(true);
+        return pContext;
+    }
+
+    static std::map<int, std::string> Run(const std::string& text, const std::string& colour,
+                                          const std::string& size = "48px")
+    {
+        return {{TTML::ATTR_TEXT, text}, {TTML::ATTR_COLOR, colour}, {TTML::ATTR_FONTSIZE, size},
+                {TTML::ATTR_FONTFAMILY, "proportionalSansSerif"}};
+    }
+
+    // Formats and styles one run the way the renderer does.
+    static std::string AddRun(TTML::ITextContext* pContext, const std::map<int, std::string>& attrs,
+                              TTML::TextOutline* pOutline = nullptr)
+    {
+        std::string markup = pContext->FormatText(attrs);
+        TTML::ITextContext::Colours colours;
+        auto it = attrs.find(TTML::ATTR_BACKGROUNDCOLOR);
+        if (it != attrs.end()) {
+            unsigned r, g, b, a = 255;
+            if (sscanf(it->second.c_str(), "#%2x%2x%2x%2x", &r, &g, &b, &a) >= 3) {
+                colours.first.red = r * 257;
+                colours.first.green = g * 257;
+                colours.first.blue = b * 257;
+                colours.first.alpha = a * 257;
+            }
+        }
+        TTML::TextOutline outline;
+        pContext->SetTextStyle(attrs.count(TTML::ATTR_TEXT) ? attrs.at(TTML::ATTR_TEXT) : "", false,
+                               &colours, pOutline ? pOutline : &outline);
+        return markup;
+    }
+
+    // Paragraphs stacked by display alignment with the pen, as the renderer
+    // does when it draws a region.
+    static void Stack(TTML::ITextSurface* pSurface, const std::vector<TTML::ITextContext*>& contexts)
+    {
+        std::string align = pSurface->GetDisplayAlign();
+        int H = 0;
+        pSurface->GetGeometry(nullptr, nullptr, nullptr, &H);
+        if (align == "before") {
+            int sum = 0;
+            for (size_t i = 0; i < contexts.size(); ++i) {
+                int h = 0;
+                contexts[i]->RenderOn(pSurface);
+                contexts[i]->GetSize(nullptr, &h);
+                if (i + 1 < contexts.size()) {
+                    pSurface->MovePen(0, h);
+                    sum += h;
+                }
+            }
+            pSurface->MovePen(0, -sum);
+        } else if (align == "after") {
+            pSurface->MovePen(0, H);
+            int sum = 0;
+            bool early = false;
+            for (size_t i = contexts.size(); i-- > 0;) {
+                int h = 0;
+                contexts[i]->GetSize(nullptr, &h);
+                sum += h;
+                pSurface->MovePen(0, -h);
+                contexts[i]->RenderOn(pSurface);
+                if (sum == H) {
+                    early = true;
+                    break;
+                }
+            }
+            if (!early)
+                pSurface->MovePen(0, sum - H);
+        } else {
+            int total = 0;
+            for (auto* pContext : contexts) {
+                int h = 0;
+                pContext->GetSize(nullptr, &h);
+                total += h;
+            }
+            int combined = std::min(total, H);
+            pSurface->MovePen(0, (H - combined) / 2);
+            for (auto* pContext : contexts) {
+                int h = 0;
+                pContext->GetSize(nullptr, &h);
+                h = std::min(h, H);
+                pContext->RenderOn(pSurface);
+                pSurface->MovePen(0, h);
+                if (h == H)
+                    break;
+            }
+            pSurface->MovePen(0, -(combined / 2) - H / 2);
+        }
+    }
+
+    const unsigned int* Pixels()
+    {
+        m_canvas.GetPixel(0, 0);  // renders
+        return static_cast<const unsigned int*>(ecore_evas_buffer_pixels_get(m_canvas.GetEcoreEvas()));
+    }
+
+    // Bounding box of the pixels in [x, x+w) x [y, y+h) that match.
+    Box Find(const Match& match, int x = 0, int y = 0, int w = 1920, int h = 1080)
+    {
+        const unsigned int* pPixels = Pixels();
+        Box box;
+        for (int j = std::max(0, y); j < std::min(1080, y + h); ++j)
+            for (int i = std::max(0, x); i < std::min(1920, x + w); ++i)
+                if (match(pPixels[j * 1920 + i])) {
+                    box.x0 = std::min(box.x0, i);
+                    box.y0 = std::min(box.y0, j);
+                    box.x1 = std::max(box.x1, i);
+                    box.y1 = std::max(box.y1, j);
+                    ++box.count;
+                }
+        return box;
+    }
+
+    // Channels of a premultiplied pixel, each within tol of the given ones.
+    static Match Near(int a, int r, int g, int b, int tol = 12)
+    {
+        return [=](unsigned int p) {
+            int pa = p >> 24, pr = (p >> 16) & 0xff, pg = (p >> 8) & 0xff, pb = p & 0xff;
+            return abs(pa - a) <= tol && abs(pr - r) <= tol && abs(pg - g) <= tol && abs(pb - b) <= tol;
+        };
+    }
+    static Match Opaque(int r, int g, int b, int tol = 40) { return Near(255, r, g, b, tol); }
+    static Match AnyInk()
+    {
+        return [](unsigned int p) { return (p >> 24) != 0; };
+    }
+
+    void SaveGallery(const std::string& name)
+    {
+        mkdir("drawing-gallery", 0755);
+        EXPECT_TRUE(m_canvas.SavePng("drawing-gallery/" + name + ".png"));
+    }
+
+    TTML::CHeadlessCanvas m_canvas;
+    TTML::IGraphics* m_pGraphics = nullptr;
+    std::vector<TTML::ITextSurface*> m_surfaces;
+    std::vector<TTML::ITextContext*> m_contexts;
+};
+
+#endif
