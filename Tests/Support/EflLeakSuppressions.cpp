@@ -1,5 +1,6 @@
-// EFL is not built with the sanitizers, and it loses a few records of its own
-// on every init/shutdown cycle (its module list, engine method tables, the
+// Linked into the test programs that bring up EFL. EFL is not built with the
+// sanitizers, and it loses a few records of its own on every init/shutdown
+// cycle (its module list, engine method tables, the
 // copy-on-write pools of the canvas classes, the pools and hash an alpha
 // buffer canvas leaves behind when it is freed). Fontconfig keeps its
 // configuration for the process. They are EFL's and fontconfig's, not ours;
