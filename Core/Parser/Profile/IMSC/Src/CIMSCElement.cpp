@@ -1,0 +1,117 @@
+#include "CIMSCElement.h"
+
+#include "CAttrHandler.h"
+#include "TTMLLog.h"
+
+#include <cstdlib>
+
+namespace TTML {
+
+CIMSCElement::CIMSCElement(int type) : CElement(type) {}
+
+CIMSCElement::~CIMSCElement() = default;
+
+bool CIMSCElement::m_IsStored(int attr) const
+{
+    const int type = GetType();
+    if (type == ELEM_STYLE || !t_pAttrHandler)
+        return true;
+    // Unknown elements have no applies-to column: inheritance alone decides.
+    const bool known = type >= 0 && type < TTML_ELEM_COUNT;
+    const bool applies = known && t_pAttrHandler->IsAppliesTo(attr, type);
+    if (type == ELEM_SPAN)
+        return applies;
+    return applies || t_pAttrHandler->IsInheritableAttribute(attr);
+}
+
+void CIMSCElement::AddAttrValue(int attr, const std::string& value)
+{
+    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
+        TTML_WARN("Can't insert any invalid attribute.");
+        return;
+    }
+    if (m_IsStored(attr))
+        CElement::AddAttrValue(attr, value);
+}
+
+void CIMSCElement::CreateFromParent(CElementSPTR& parent)
+{
+    CElement::CreateFromParent(parent);
+    if (GetType() == ELEM_SET || !parent || parent.get() == this)
+        return;
+    // A span carries its paragraph's sets so that it is split by them too.
+    const auto* pParent = dynamic_cast<const CIMSCElement*>(parent.get());
+    if (pParent && !pParent->m_timedSets.empty())
+        m_timedSets = pParent->m_timedSets;
+}
+
+bool CIMSCElement::IsImageProfile() const
+{
+    return static_cast<bool>(m_pImageData);
+}
+
+void CIMSCElement::SetImageData(std::shared_ptr<CImageData>& data)
+{
+    m_pImageData = data;
+}
+
+std::shared_ptr<CImageData> CIMSCElement::GetImageData()
+{
+    return m_pImageData;
+}
+
+void CIMSCElement::ResetImageData()
+{
+    m_pImageData.reset();
+}
+
+void CIMSCElement::AddSetElement(const std::string& begin, const std::string& end, CElementSPTR& set)
+{
+    if (!set) {
+        TTML_WARN("Null pointer");
+        return;
+    }
+    if (GetType() == ELEM_REGION) {
+        // A region's background is drawn from regionbackgroundcolor; its
+        // sets are timed against each content element, not here.
+        std::string colour;
+        if (set->GetAttrValue(ATTR_BACKGROUNDCOLOR, colour)) {
+            set->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
+            set->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, colour);
+        }
+        m_regionSets.push_back(set);
+        return;
+    }
+    if (begin.empty() || end.empty())
+        return;
+    m_timedSets.push_back(
+        {std::strtoull(begin.c_str(), nullptr, 10), std::strtoull(end.c_str(), nullptr, 10), set});
+}
+
+void CIMSCElement::GetSetKeys(std::set<std::pair<unsigned long long, unsigned long long>>& out) const
+{
+    for (const TimedSet& record : m_timedSets)
+        out.emplace(record.begin, record.end);
+}
+
+void CIMSCElement::GetSetElementList(unsigned long long begin, unsigned long long end,
+                                     std::list<CElementSPTR>& out) const
+{
+    for (const TimedSet& record : m_timedSets) {
+        if (record.begin <= begin && record.end >= end)
+            out.push_back(record.set);
+    }
+}
+
+void CIMSCElement::GetSetRegionList(std::list<CElementSPTR>& out) const
+{
+    out.assign(m_regionSets.begin(), m_regionSets.end());
+}
+
+void CIMSCElement::ClearSetElementList()
+{
+    m_timedSets.clear();
+    m_regionSets.clear();
+}
+
+}  // namespace TTML
