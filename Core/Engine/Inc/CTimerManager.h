@@ -1,0 +1,85 @@
+#ifndef TTML_ENGINE_CTIMERMANAGER_H
+#define TTML_ENGINE_CTIMERMANAGER_H
+
+#include "CTimerData.h"
+
+namespace TTML {
+
+class IGraphics;
+class IMutex;
+class ITimer;
+
+// The presentation engine's one timer. Turns a document time into a delay
+// against the current media time (media time + timestamp = document time),
+// and arms, re-arms, pauses, resumes and stops a graphics-component timer
+// whose expiry calls the engine back with the timer data.
+//
+// Units: document times unsigned ms, media time and timestamps signed ms,
+// delays seconds.
+// Threads: arming, re-arming, pausing and stopping run on the UI main loop
+// (graphics timers live there); IsTimerAdded, GetTimerTimeInfo and
+// GetRenderedSubData may be read from any thread. A recursive mutex guards
+// the timer and the timer data: a zero delay calls the engine back at once,
+// with the mutex held, and the engine arms again from inside that call.
+// Lock order: the engine's rendering mutex before this one.
+class CTimerManager {
+public:
+    // Gets the timer data; its result is handed to the graphics timer,
+    // nonzero keeps the timer running.
+    typedef unsigned char (*TimerCallback)(void* pTimerData);
+    // Writes the media time in ms; false when there is none.
+    typedef bool (*MediaTimeSource)(void* pUser, long long* pTime);
+
+    // pGraphics: not owned, makes the timer. pUserData: the engine, not
+    // owned, handed back through CTimerData::GetUserData.
+    CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData);
+    // Stops the timer.
+    virtual ~CTimerManager();
+    CTimerManager(const CTimerManager&) = delete;
+    CTimerManager& operator=(const CTimerManager&) = delete;
+
+    // Arms for a record drawn at `begin` and removed at `end`. A begin in the
+    // past calls back at once. False without a media time, when `end` has
+    // passed, when no timer could be made, and in band mode for a begin more
+    // than 600 s ahead.
+    bool SetTimer(unsigned long long begin, unsigned long long end, long long timeStamp);
+    // Re-arms when the timer fired more than 10 ms before its time. True
+    // when it re-armed.
+    bool SyncCurrentSubtitles();
+    // Switches the running timer to the 0.3 s flash period while at least
+    // that much of the record (ending at `end`) remains.
+    bool SetFlashInterval(unsigned long long end, long long timeStamp);
+    void PauseTimer();
+    void ResumeTimer();
+    // Destroys the timer (if any) and clears the timer data.
+    void StopTimer();
+
+    bool IsTimerAdded();
+    unsigned long long GetTimerTimeInfo();
+    // The record on screen (SubtitleRenderingInfo*, not owned), or null.
+    void* GetRenderedSubData();
+    void SetRenderedSubData(void* pSubData);
+    void SetBandMode(bool bandMode);
+
+    // Where the media time comes from; null (the default) reads it from the
+    // core controller. Tests script it here. Set before arming.
+    void SetMediaTimeSource(MediaTimeSource source, void* pUser);
+
+private:
+    bool m_GetMediaTime(long long* pTime);
+    bool m_SetTimer(unsigned long long time, long long timeStamp, double seconds);
+    static int m_OnTimerExpiry_Cb(void* pData);
+
+    IGraphics* m_pGraphics;  // not owned
+    bool m_bBandMode;
+    IMutex* m_pMutex;
+    ITimer* m_pTimer;  // null when no timer is armed
+    TimerCallback m_pCallback;
+    CTimerData m_timerData;
+    MediaTimeSource m_pMediaTimeSource;
+    void* m_pMediaTimeUser;
+};
+
+}  // namespace TTML
+
+#endif

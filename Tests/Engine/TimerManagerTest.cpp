@@ -1,0 +1,424 @@
+#include "CTimerManager.h"
+#include "ICore.h"
+#include "IGraphics.h"
+#include "ITimer.h"
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <deque>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace TTML;
+
+namespace {
+
+// A timer that only records what it is asked; a test fires it by hand.
+class FakeTimer : public ITimer {
+public:
+    void Start(Callback callback, double seconds, void* data) override
+    {
+        m_callback = callback;
+        m_data = data;
+        m_periods.push_back(seconds);
+        ++m_starts;
+    }
+    void Pause() override { ++m_pauses; }
+    void Resume() override { ++m_resumes; }
+    void Stop() override { ++m_stops; }
+    void SetInterval(double seconds) override { m_periods.push_back(seconds); }
+
+    int Fire() { return m_callback(m_data); }
+
+    Callback m_callback = nullptr;
+    void* m_data = nullptr;
+    std::vector<double> m_periods;  // Start, then every SetInterval
+    int m_starts = 0;
+    int m_pauses = 0;
+    int m_resumes = 0;
+    int m_stops = 0;
+};
+
+class FakeGraphics : public IGraphics {
+public:
+    ~FakeGraphics()
+    {
+        for (FakeTimer* pTimer : m_live)
+            delete pTimer;
+    }
+    void Destroy() override {}
+    bool Initialize(void*) override { return true; }
+    void* CreateObject(int kind) override
+    {
+        if (kind != OBJECT_TIMER || m_refuse)
+            return nullptr;
+        FakeTimer* pTimer = new FakeTimer;
+        m_live.push_back(pTimer);
+        ++m_created;
+        return static_cast<ITimer*>(pTimer);
+    }
+    void DestroyObject(void* object) override
+    {
+        auto it = std::find(m_live.begin(), m_live.end(), static_cast<FakeTimer*>(static_cast<ITimer*>(object)));
+        ASSERT_NE(m_live.end(), it) << "destroyed a timer that is not live";
+        m_last = **it;
+        delete *it;
+        m_live.erase(it);
+        ++m_destroyed;
+    }
+    IRootContainer* GetRootContainer() override { return nullptr; }
+
+    FakeTimer* Live() { return m_live.empty() ? nullptr : m_live.back(); }
+
+    std::vector<FakeTimer*> m_live;
+    FakeTimer m_last;  // copy of the last destroyed timer
+    int m_created = 0;
+    int m_destroyed = 0;
+    bool m_refuse = false;
+};
+
+// Scripted media time and an engine-like callback that counts its calls.
+class TimerManagerTest : public ::testing::Test {
+protected:
+    TimerManagerTest() : m_manager(&m_graphics, OnTimer_Cb, this)
+    {
+        m_manager.SetMediaTimeSource(MediaTime_Cb, this);
+    }
+
+    static bool MediaTime_Cb(void* pUser, long long* pTime)
+    {
+        TimerManagerTest* pSelf = static_cast<TimerManagerTest*>(pUser);
+        *pTime = pSelf->m_mediaTime;
+        return pSelf->m_haveMediaTime;
+    }
+
+    static unsigned char OnTimer_Cb(void* pData)
+    {
+        CTimerData* pTimerData = static_cast<CTimerData*>(pData);
+        TimerManagerTest* pSelf = static_cast<TimerManagerTest*>(pTimerData->GetUserData());
+        pSelf->m_calls.push_back(pTimerData->GetTime());
+        // Like the engine: arm for the next scheduled time from inside.
+        if (!pSelf->m_next.empty()) {
+            const unsigned long long begin = pSelf->m_next.front();
+            pSelf->m_next.pop_front();
+            pSelf->m_manager.SetTimer(begin, begin + 5000, 0);
+        }
+        return pSelf->m_result;
+    }
+
+    LogCapture m_log;
+    FakeGraphics m_graphics;
+    long long m_mediaTime = 0;
+    bool m_haveMediaTime = true;
+    unsigned char m_result = 1;
+    std::vector<unsigned long long> m_calls;  // armed time seen by each callback
+    std::deque<unsigned long long> m_next;    // begins the callback arms next
+    CTimerManager m_manager;
+};
+
+// ---- Arming ----------------------------------------------------------------
+
+struct ArmCase {
+    const char* name;
+    long long mediaTime;
+    unsigned long long begin;
+    unsigned long long end;
+    long long timeStamp;
+    bool bandMode;
+    bool result;
+    double delay;     // > 0: a timer of this many seconds; 0: callback at once; < 0: nothing
+    const char* log;  // a line SetTimer must write
+};
+
+void PrintTo(const ArmCase& c, std::ostream* os) { *os << c.name; }
+
+class ArmTest : public TimerManagerTest, public ::testing::WithParamInterface<ArmCase> {};
+
+TEST_P(ArmTest, TurnsDocumentTimeIntoDelay)
+{
+    const ArmCase& c = GetParam();
+    m_mediaTime = c.mediaTime;
+    m_manager.SetBandMode(c.bandMode);
+
+    EXPECT_EQ(c.result, m_manager.SetTimer(c.begin, c.end, c.timeStamp));
+
+    EXPECT_TRUE(m_log.Has(c.log)) << m_log.Dump();
+    if (c.delay > 0) {
+        ASSERT_NE(nullptr, m_graphics.Live());
+        EXPECT_EQ(std::vector<double>{c.delay}, m_graphics.Live()->m_periods);
+        EXPECT_EQ(c.begin, m_manager.GetTimerTimeInfo());
+        EXPECT_TRUE(m_calls.empty());
+    } else {
+        EXPECT_EQ(0, m_graphics.m_created);
+        EXPECT_EQ(c.delay == 0 ? 1u : 0u, m_calls.size());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Timer, ArmTest,
+    ::testing::Values(
+        ArmCase{"Ahead", 4000, 5000, 8000, 0, false, true, 1.0,
+                "Timing_Info: videoTime: [4000] ms, timeToSync : [5000] ms, eTime : [8000] ms, tStamp=[0]"},
+        ArmCase{"BeginLate", 6000, 5000, 8000, 0, false, true, 0, "Timing_Info: beginTime late by = [1000]"},
+        ArmCase{"BeginNow", 5000, 5000, 8000, 0, false, true, 0,
+                "Special case where time interval is zero, calling timer callback function!"},
+        ArmCase{"EndPassed", 8001, 5000, 8000, 0, false, false, -1,
+                "Current time is greater than the end time of subtitle; returning!!!"},
+        ArmCase{"EndNow", 8000, 5000, 8000, 0, false, true, 0, "Timing_Info: beginTime late by = [3000]"},
+        ArmCase{"InbandTooFar", 0, 700000, 800000, 0, true, false, -1,
+                "Presentation time of current inband data is very late: [700.000000 seconds]. "
+                "Discarding this subtitle."},
+        ArmCase{"InbandAtLimit", 0, 600000, 800000, 0, true, true, 600.0, "Adding timer for: [600.000000] seconds"},
+        ArmCase{"OutOfBandFar", 0, 700000, 800000, 0, false, true, 700.0,
+                "Adding timer for: [700.000000] seconds"},
+        ArmCase{"NegativeTimeStamp", 7000, 6000, 8000, -2000, false, true, 1.0,
+                "Timing_Info: videoTime: [5000] ms, timeToSync : [6000] ms, eTime : [8000] ms, tStamp=[-2000]"},
+        ArmCase{"PositiveTimeStamp", 3000, 5000, 8000, 1000, false, true, 1.0,
+                "Timing_Info: videoTime: [4000] ms, timeToSync : [5000] ms, eTime : [8000] ms, tStamp=[1000]"},
+        // Document time below zero must compare signed, not wrap.
+        ArmCase{"NowBelowZero", 2000, 0, 1000, -10000, false, true, 8.0,
+                "Timing_Info: videoTime: [-8000] ms, timeToSync : [0] ms, eTime : [1000] ms, tStamp=[-10000]"}),
+    [](const ::testing::TestParamInfo<ArmCase>& info) { return std::string(info.param.name); });
+
+TEST_F(TimerManagerTest, RearmingKeepsTheTimerAndChangesItsInterval)
+{
+    m_mediaTime = 1000;
+    ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
+    FakeTimer* pTimer = m_graphics.Live();
+    ASSERT_TRUE(m_manager.SetTimer(4500, 5000, 0));
+
+    EXPECT_EQ(1, m_graphics.m_created);
+    EXPECT_EQ(pTimer, m_graphics.Live());
+    EXPECT_EQ((std::vector<double>{1.0, 3.5}), pTimer->m_periods);
+    EXPECT_EQ(4500u, m_manager.GetTimerTimeInfo());
+    EXPECT_TRUE(m_log.Has("Updating timer for: [3.500000] seconds"));
+}
+
+TEST_F(TimerManagerTest, ExpiryHandsTimerDataToCallbackAndPassesItsResultBack)
+{
+    m_mediaTime = 0;
+    ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
+    FakeTimer* pTimer = m_graphics.Live();
+    EXPECT_EQ(1, pTimer->Fire());
+    m_result = 0;
+    EXPECT_EQ(0, pTimer->Fire());
+    EXPECT_EQ((std::vector<unsigned long long>{2000, 2000}), m_calls);
+}
+
+TEST_F(TimerManagerTest, ZeroDelayStopsExistingTimerBeforeCallingBack)
+{
+    m_mediaTime = 0;
+    ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
+    m_mediaTime = 2500;
+    ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
+
+    EXPECT_FALSE(m_manager.IsTimerAdded());
+    EXPECT_EQ(1, m_graphics.m_destroyed);
+    EXPECT_EQ(1, m_graphics.m_last.m_stops);
+    // The stop cleared the timer data before the callback saw it.
+    EXPECT_EQ(std::vector<unsigned long long>{0}, m_calls);
+}
+
+// Late records chained from inside the callback re-enter the manager on the
+// same thread with its mutex held.
+TEST_F(TimerManagerTest, CallbackMayArmAgainWhileLateRecordsChain)
+{
+    m_mediaTime = 10000;
+    m_next = {8000, 9000, 12000};
+    ASSERT_TRUE(m_manager.SetTimer(7000, 11000, 0));
+
+    EXPECT_EQ(3u, m_calls.size());
+    ASSERT_TRUE(m_manager.IsTimerAdded());
+    EXPECT_EQ(12000u, m_manager.GetTimerTimeInfo());
+    EXPECT_EQ(std::vector<double>{2.0}, m_graphics.Live()->m_periods);
+}
+
+TEST_F(TimerManagerTest, WithoutMediaTimeNothingIsArmed)
+{
+    m_haveMediaTime = false;
+    EXPECT_FALSE(m_manager.SetTimer(1000, 2000, 0));
+    EXPECT_FALSE(m_manager.SyncCurrentSubtitles());
+    EXPECT_FALSE(m_manager.SetFlashInterval(2000, 0));
+    EXPECT_EQ(3, m_log.Count("Error in getting current video time", DLOG_WARN));
+    EXPECT_EQ(0, m_graphics.m_created);
+    EXPECT_TRUE(m_calls.empty());
+}
+
+TEST_F(TimerManagerTest, TimerThatCannotBeMadeIsReported)
+{
+    m_graphics.m_refuse = true;
+    EXPECT_FALSE(m_manager.SetTimer(5000, 6000, 0));
+    EXPECT_TRUE(m_log.Has("m_pTimer is Null", DLOG_ERROR));
+    EXPECT_FALSE(m_manager.IsTimerAdded());
+}
+
+// Default source: the core controller, which has no source before it is set up.
+TEST(TimerManagerCoreTest, MediaTimeComesFromTheCore)
+{
+    LogCapture log;
+    FakeGraphics graphics;
+    {
+        CTimerManager manager(&graphics, nullptr, nullptr);
+        EXPECT_FALSE(manager.SetTimer(1000, 2000, 0));
+    }
+    EXPECT_TRUE(log.Has("pSource is null"));
+    EXPECT_TRUE(log.Has("Error in getting current video time"));
+    EXPECT_EQ(0, graphics.m_created);
+    ICore::GetInstance()->Destroy();
+}
+
+// ---- Resynchronising --------------------------------------------------------
+
+struct SyncCase {
+    const char* name;
+    long long mediaTime;  // when the timer fires; armed for 10000 with timestamp 0
+    bool rearmed;
+    double delay;
+};
+
+void PrintTo(const SyncCase& c, std::ostream* os) { *os << c.name; }
+
+class SyncTest : public TimerManagerTest, public ::testing::WithParamInterface<SyncCase> {};
+
+TEST_P(SyncTest, RearmsOnlyWhenFiredTooEarly)
+{
+    const SyncCase& c = GetParam();
+    m_mediaTime = 0;
+    ASSERT_TRUE(m_manager.SetTimer(10000, 20000, 0));
+    m_mediaTime = c.mediaTime;
+
+    EXPECT_EQ(c.rearmed, m_manager.SyncCurrentSubtitles());
+
+    const std::vector<double>& periods = m_graphics.Live()->m_periods;
+    if (c.rearmed) {
+        ASSERT_EQ(2u, periods.size());
+        EXPECT_DOUBLE_EQ(c.delay, periods[1]);
+    } else {
+        EXPECT_EQ(1u, periods.size());
+    }
+    EXPECT_EQ(10000u, m_manager.GetTimerTimeInfo());
+}
+
+INSTANTIATE_TEST_SUITE_P(Timer, SyncTest,
+                         ::testing::Values(SyncCase{"OnTime", 10000, false, 0},
+                                           SyncCase{"Late", 10500, false, 0},
+                                           SyncCase{"EarlyWithinTolerance", 9995, false, 0},
+                                           SyncCase{"EarlyAtTolerance", 9990, false, 0},
+                                           SyncCase{"EarlyPastTolerance", 9989, true, 0.011},
+                                           SyncCase{"FarTooEarly", 9900, true, 0.1}),
+                         [](const ::testing::TestParamInfo<SyncCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST_F(TimerManagerTest, SyncWithNegativeNowAlwaysRearms)
+{
+    m_mediaTime = 0;
+    ASSERT_TRUE(m_manager.SetTimer(5, 20000, -100));
+    m_mediaTime = 98;  // now = -2: within 10 ms of 5, but below zero
+    EXPECT_TRUE(m_manager.SyncCurrentSubtitles());
+    EXPECT_DOUBLE_EQ(0.007, m_graphics.Live()->m_periods.back());
+}
+
+// ---- Flashing, pause, resume, stop ------------------------------------------
+
+struct FlashCase {
+    const char* name;
+    long long mediaTime;  // record ends at 5000, timestamp 0
+    bool granted;
+};
+
+void PrintTo(const FlashCase& c, std::ostream* os) { *os << c.name; }
+
+class FlashTest : public TimerManagerTest, public ::testing::WithParamInterface<FlashCase> {};
+
+TEST_P(FlashTest, GrantedWhileAnIntervalRemains)
+{
+    m_mediaTime = 0;
+    ASSERT_TRUE(m_manager.SetTimer(1000, 5000, 0));
+    m_mediaTime = GetParam().mediaTime;
+    EXPECT_EQ(GetParam().granted, m_manager.SetFlashInterval(5000, 0));
+    const std::vector<double>& periods = m_graphics.Live()->m_periods;
+    if (GetParam().granted) {
+        EXPECT_EQ(0.3, periods.back());
+        EXPECT_TRUE(m_log.Has("Set interval done"));
+    } else {
+        EXPECT_EQ(1u, periods.size());
+        EXPECT_TRUE(m_log.Has("Remaining time is less than flash interval"));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Timer, FlashTest,
+                         ::testing::Values(FlashCase{"Remaining299", 4701, false},
+                                           FlashCase{"Remaining300", 4700, true},
+                                           FlashCase{"Ended", 6000, false},
+                                           FlashCase{"LongAhead", 1000, true}),
+                         [](const ::testing::TestParamInfo<FlashCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+TEST_F(TimerManagerTest, RequestsWithoutTimerLogAndDoNothing)
+{
+    m_manager.PauseTimer();
+    m_manager.ResumeTimer();
+    EXPECT_FALSE(m_manager.SetFlashInterval(5000, 0));
+    m_manager.StopTimer();
+    EXPECT_EQ(3, m_log.Count("m_pTimer is Null", DLOG_ERROR));
+    EXPECT_FALSE(m_log.Has("Stopping timer!"));
+    EXPECT_EQ(0, m_graphics.m_created);
+}
+
+TEST_F(TimerManagerTest, PauseResumeReachTheTimerAndStopForgetsEverything)
+{
+    int shown = 0;
+    ASSERT_TRUE(m_manager.SetTimer(1000, 5000, 250));
+    m_manager.SetRenderedSubData(&shown);
+    m_manager.PauseTimer();
+    m_manager.ResumeTimer();
+    EXPECT_EQ(1, m_graphics.Live()->m_pauses);
+    EXPECT_EQ(1, m_graphics.Live()->m_resumes);
+    EXPECT_EQ(&shown, m_manager.GetRenderedSubData());
+
+    m_manager.StopTimer();
+    EXPECT_TRUE(m_log.Has("Stopping timer!"));
+    EXPECT_FALSE(m_manager.IsTimerAdded());
+    EXPECT_EQ(1, m_graphics.m_destroyed);
+    EXPECT_EQ(1, m_graphics.m_last.m_stops);
+    EXPECT_EQ(0u, m_manager.GetTimerTimeInfo());
+    EXPECT_EQ(nullptr, m_manager.GetRenderedSubData());
+
+    // The next arming makes a fresh timer.
+    ASSERT_TRUE(m_manager.SetTimer(2000, 5000, 0));
+    EXPECT_EQ(2, m_graphics.m_created);
+}
+
+// The engine thread reads whether a timer is armed and for when while the main
+// loop arms and stops it.
+TEST_F(TimerManagerTest, ReadersOnAnotherThreadSeeConsistentState)
+{
+    std::atomic<bool> done(false);
+    std::thread reader([&] {
+        while (!done) {
+            const bool added = m_manager.IsTimerAdded();
+            const unsigned long long time = m_manager.GetTimerTimeInfo();
+            if (time != 0 && time % 1000 != 0)
+                ADD_FAILURE() << "torn time " << time;
+            (void)added;
+            (void)m_manager.GetRenderedSubData();
+        }
+    });
+    for (int i = 1; i <= 2000; ++i) {
+        m_manager.SetTimer(1000ull * i, 1000ull * i + 500, 0);
+        if (i % 3 == 0)
+            m_manager.StopTimer();
+    }
+    done = true;
+    reader.join();
+    EXPECT_EQ(m_graphics.m_created - m_graphics.m_destroyed, static_cast<int>(m_graphics.m_live.size()));
+}
+
+}  // namespace
