@@ -1,0 +1,670 @@
+#include "CIMSCProfile.h"
+
+#include "CAgentInfo.h"
+#include "CAttrHandler.h"
+#include "CElementHandler.h"
+#include "CIMSCAttrHandler.h"
+#include "CIMSCElement.h"
+#include "CStyleRegionInfo.h"
+#include "CSubtitleInfo.h"
+#include "TTMLLog.h"
+#include "Util.h"
+
+#include <boost/regex.hpp>
+
+#include <algorithm>
+#include <cstdlib>
+#include <list>
+#include <memory>
+#include <new>
+#include <set>
+
+namespace TTML {
+
+namespace {
+
+unsigned long long ToMs(const std::string& value)
+{
+    return std::strtoull(value.c_str(), nullptr, 10);
+}
+
+std::string FromMs(unsigned long long value)
+{
+    return std::to_string(value);
+}
+
+}  // namespace
+
+CIMSCProfile::CIMSCProfile()
+{
+    TTML_INFO("Construction done");
+}
+
+CIMSCProfile::~CIMSCProfile()
+{
+    TTML_INFO("Destruction done");
+}
+
+bool CIMSCProfile::Initialize()
+{
+    bool result = CProfile::Initialize();
+    if (!result)
+        return result;
+    t_pAttrHandler = new (std::nothrow) CIMSCAttrHandler();
+    TTML_ASSERT(t_pAttrHandler);
+    CElement::SetAttributeHandler(t_pAttrHandler);
+    return true;
+}
+
+void CIMSCProfile::Destroy()
+{
+    CProfile::Destroy();
+    t_pXmlParser = nullptr;
+    TTML_INFO("Destroy is done");
+}
+
+void CIMSCProfile::Reset()
+{
+    if (t_pAgentInfo)
+        t_pAgentInfo->Reset();
+    if (t_pStyleRegionInfo)
+        t_pStyleRegionInfo->Reset();
+    t_pSubtitleInfo = nullptr;
+    TTML_INFO("Reset is done");
+}
+
+int CIMSCProfile::t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("Null pointer");
+        return ERR_NULL_POINTER;
+    }
+    if (CProfile::t_ProcessElement(node, parent, element) == ERR_NONE)
+        return ERR_NONE;
+
+    switch (element->GetType()) {
+    case ELEM_BODY:
+        return t_HandleBodyElement(node, parent, element);
+    case ELEM_DIV:
+        return t_HandleDivElement(node, parent, element);
+    case ELEM_DOCUMENTEBUTTVERSION:
+    case ELEM_DOCUMENTMETADATA:
+    case ELEM_METADATA:
+        return t_HandleMetaDataElement(node, element);
+    case ELEM_P:
+        return t_HandlePElement(node, parent, element);
+    case ELEM_SPAN:
+        return t_HandleSpanElement(node, parent, element);
+    case ELEM_STYLE:
+        return t_HandleStyleElement(node, parent, element);
+    default:
+        // Containers are walked through; a failed root, region or line
+        // break is not stored but does not end the document.
+        TTML_INFO("No matching case found. eElement=%d", element->GetType());
+        return ERR_NONE;
+    }
+}
+
+bool CIMSCProfile::m_IsSetNode(XMLNODEPTR node)
+{
+    return !t_pXmlParser->IsTextNode(node) &&
+           t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node)) == ELEM_SET;
+}
+
+void CIMSCProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list)
+{
+    if (!node) {
+        TTML_WARN("pXmlNode: Null pointer error");
+        return;
+    }
+    for (XMLNODEPTR child = t_pXmlParser->GetChildElementList(node); child;
+         child = t_pXmlParser->GetNextElementNode(child)) {
+        if (m_IsSetNode(child))
+            m_HandleSetElement(child, element);
+        else
+            list.push_back(child);
+    }
+}
+
+void CIMSCProfile::m_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list)
+{
+    if (!node) {
+        TTML_WARN("pXmlNode: Null pointer error");
+        return;
+    }
+    std::vector<XMLNODEPTR> sets;
+    for (XMLNODEPTR child = t_pXmlParser->GetChildNodeList(node); child; child = t_pXmlParser->GetNextNode(child)) {
+        if (m_IsSetNode(child))
+            sets.push_back(child);
+        else
+            list.push_back(child);
+    }
+    if (sets.empty() || !element)
+        return;
+
+    // A seq container's begin walks forward over its sets; the element
+    // itself keeps its own interval.
+    std::string begin;
+    std::string end;
+    element->GetAttrValue(ATTR_BEGIN, begin);
+    element->GetAttrValue(ATTR_END, end);
+    for (XMLNODEPTR set : sets)
+        m_HandleSetElement(set, element);
+    if (!begin.empty())
+        element->AddAttrValue(ATTR_BEGIN, begin);
+    if (!end.empty())
+        element->AddAttrValue(ATTR_END, end);
+}
+
+int CIMSCProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
+{
+    std::string display;
+    if (element)
+        element->GetAttrValue(ATTR_DISPLAY, display);
+    int result = CProfile::t_ParseAttributes(node, element);
+    if (result == ERR_NONE && display == "none")
+        element->AddAttrValue(ATTR_DISPLAY, display);
+    return result;
+}
+
+int CIMSCProfile::t_HandleReferencedElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    std::string display;
+    if (element)
+        element->GetAttrValue(ATTR_DISPLAY, display);
+    int result = CProfile::t_HandleReferencedElement(node, element);
+    if (result == ERR_NONE && display == "none")
+        element->AddAttrValue(ATTR_DISPLAY, display);
+    return result;
+}
+
+int CIMSCProfile::t_HandleTTElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    int result = CProfile::t_HandleTTElement(node, element);
+    if (result != ERR_NONE)
+        return result;
+
+    std::string frameRate = "30";
+    std::string multiplier = "1 1";
+    element->GetAttrValue(ATTR_FRAMERATE, frameRate);
+    element->GetAttrValue(ATTR_FRAMERATEMULTIPLIER, multiplier);
+    t_pSubtitleInfo->SetFrameRate(frameRate, multiplier);
+
+    std::string tickRate = "1";
+    element->GetAttrValue(ATTR_TICKRATE, tickRate);
+    t_pSubtitleInfo->SetTickRate(tickRate);
+
+    std::string extent;
+    if (element->GetAttrValue(ATTR_EXTENT, extent) && extent != "auto" && m_IsTTExtentValid(extent))
+        t_pSubtitleInfo->SetTTExtent(extent);
+
+    std::string aspectRatio;
+    if (element->GetAttrValue(ATTR_ASPECTRATIO, aspectRatio))
+        t_pSubtitleInfo->SetAspectRatio(aspectRatio);
+    return ERR_NONE;
+}
+
+bool CIMSCProfile::m_IsTTExtentValid(const std::string& extent)
+{
+    static const boost::regex kLength("(([+])?\\d+(\\.\\d+)?)(px|em|c|%)");
+    const std::vector<std::string> items = StrSplit(extent, " ");
+    if (items.size() != 2) {
+        TTML_WARN("tt extent must have two values");
+        return false;
+    }
+    for (const std::string& item : items) {
+        boost::smatch match;
+        if (!boost::regex_match(item, match, kLength)) {
+            TTML_WARN("Invalid format");
+            return false;
+        }
+        if (match[4].str() != "px") {
+            TTML_WARN("Unit must be px for tt element");
+            return false;
+        }
+    }
+    return true;
+}
+
+int CIMSCProfile::t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL Pointer");
+        return ERR_NULL_POINTER;
+    }
+    if (!parent || parent->GetType() != ELEM_REGION)
+        return CProfile::t_HandleStyleElement(node, parent, element);
+
+    // The region is already registered under its id; an inline style's id
+    // must not rename it.
+    std::string regionId;
+    bool hasId = parent->GetAttrValue(ATTR_ID, regionId);
+    int result = t_ParseAttributes(node, parent);
+    if (result != ERR_NONE)
+        return result;
+    if (hasId)
+        parent->AddAttrValue(ATTR_ID, regionId);
+    else
+        parent->RemoveAttrValue(ATTR_ID);
+
+    std::string colour;
+    if (parent->GetAttrValue(ATTR_BACKGROUNDCOLOR, colour)) {
+        parent->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
+        parent->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, colour);
+    }
+    return ERR_NONE;
+}
+
+int CIMSCProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    int result = CProfile::t_HandleDivElement(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
+    m_HandleTimings(node, parent, element);
+    m_HandleTimeContainerAndDurProperty(parent, element);
+    return ERR_NONE;
+}
+
+CElementSPTR CIMSCProfile::t_CreateElement(XMLNODEPTR node)
+{
+    if (!node) {
+        TTML_WARN("pXmlNode is a Null pointer");
+        return CElementSPTR();
+    }
+    int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN)
+                                                : t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+    if (type < 0) {
+        TTML_WARN("pXmlNode is a Null pointer");
+        return CElementSPTR();
+    }
+    return m_CreateElement(type);
+}
+
+CElementSPTR CIMSCProfile::m_CreateElement(int type)
+{
+    CElementSPTR element;
+    try {
+        element = std::make_shared<CIMSCElement>(type);
+    } catch (const std::bad_alloc& e) {
+        TTML_WARN("%s", e.what());
+    }
+    TTML_ASSERT(element);
+    return element;
+}
+
+CElementSPTR CIMSCProfile::m_CreatePiece(CElementSPTR& element)
+{
+    CElementSPTR piece = m_CreateElement(ELEM_SET);
+    if (!piece)
+        return piece;
+    piece->CreateFromParent(element);
+    CElementSPTR parent = element->GetParent();
+    piece->SetParent(parent);
+    return piece;
+}
+
+void CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !parent || !element) {
+        TTML_WARN("null pointer!");
+        return;
+    }
+    std::string parentBegin;
+    if (!parent->GetAttrValue(ATTR_BEGIN, parentBegin))
+        return;
+    const unsigned long long offset = ToMs(parentBegin);
+
+    struct Key {
+        TTMLAttr attr;
+        const char* format;
+    };
+    static const Key kKeys[] = {
+        {ATTR_BEGIN, "Adding parent's (type=%d) begin time (%llu ms) to child's (type=%d) begin time (%s ms)"},
+        {ATTR_END, "Adding parent's (type=%d) begin time (%llu ms) to child's (type=%d) end time (%s ms)"},
+    };
+    for (const Key& key : kKeys) {
+        std::string name(kTTMLAttrKeys[key.attr]);
+        std::string value;
+        if (!t_pXmlParser->GetAttrValue(node, name, value))
+            continue;
+        if (t_pAttrHandler->ValidateAttribute(key.attr, value) != ERR_NONE)
+            continue;
+        TTML_INFO(key.format, parent->GetType(), offset, element->GetType(), value.c_str());
+        element->AddAttrValue(key.attr, FromMs(offset + ToMs(value)));
+    }
+}
+
+void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CElementSPTR& element)
+{
+    std::string dur;
+    if (!parent || !element || !element->GetAttrValue(ATTR_DUR, dur))
+        return;
+    const unsigned long long duration = ToMs(dur);
+
+    std::string value;
+    if (element->GetAttrValue(ATTR_BEGIN, value)) {
+        unsigned long long end = ToMs(value) + duration;
+        if (element->GetAttrValue(ATTR_END, value))
+            end = std::min(end, ToMs(value));
+        element->AddAttrValue(ATTR_END, FromMs(end));
+        return;
+    }
+
+    std::string container;
+    std::string parentBegin;
+    if (!parent->GetAttrValue(ATTR_TIMECONTAINER, container) || container != "seq" ||
+        !parent->GetAttrValue(ATTR_BEGIN, parentBegin))
+        return;
+    const unsigned long long begin = ToMs(parentBegin);
+    const bool parentHasDur = parent->GetAttrValue(ATTR_DUR, value);
+    if (!parentHasDur && parent->GetAttrValue(ATTR_END, value)) {
+        const unsigned long long parentEnd = ToMs(value);
+        if (parentEnd != 0 && begin >= parentEnd) {
+            // The sequence is used up: this child never shows.
+            element->AddAttrValue(ATTR_BEGIN, "");
+            element->AddAttrValue(ATTR_END, "");
+            return;
+        }
+    }
+    if (parentHasDur)
+        parent->RemoveAttrValue(ATTR_DUR);
+
+    unsigned long long end = begin + duration;
+    if (element->GetAttrValue(ATTR_END, value))
+        end = std::min(end, ToMs(value));
+    element->AddAttrValue(ATTR_BEGIN, FromMs(begin));
+    element->AddAttrValue(ATTR_END, FromMs(end));
+    // The next child of the sequence starts where this one ends.
+    parent->AddAttrValue(ATTR_BEGIN, FromMs(end));
+}
+
+bool CIMSCProfile::m_IsDisplayValueAuto(CElementSPTR& element)
+{
+    std::string value;
+    if (element->GetAttrValue(ATTR_REGION, value)) {
+        CElementSPTR region = t_pStyleRegionInfo->GetRegion(value);
+        if (region && region->GetAttrValue(ATTR_DISPLAY, value) && value == "none")
+            return false;
+    }
+    if (!element->GetAttrValue(ATTR_DISPLAY, value) || value != "none")
+        return true;
+    if (element->GetAttrValue(ATTR_SHOWBACKGROUND, value) && value == "whenactive")
+        return false;
+    // Hidden, but the background stays: keep the area without text. Written
+    // past the attribute filter, which would refuse text on a set copy.
+    element->CElement::AddAttrValue(ATTR_TEXT, "");
+    return true;
+}
+
+int CIMSCProfile::t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("Null pointer");
+        return ERR_NULL_POINTER;
+    }
+    return t_ParseAttributes(node, element);
+}
+
+int CIMSCProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("NULL pointer");
+        return ERR_NULL_POINTER;
+    }
+    element->CreateFromParent(parent);
+    t_HandleReferencedElement(node, element);
+    int result = t_ParseAttributes(node, element);
+    if (result != ERR_NONE)
+        return result;
+    m_HandleTimings(node, parent, element);
+    m_HandleTimeContainerAndDurProperty(parent, element);
+
+    // A paragraph's background belongs to its text lines, never the region.
+    std::string value;
+    if (element->GetAttrValue(ATTR_BACKGROUNDCOLOR, value)) {
+        element->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
+        element->AddAttrValue(ATTR_PARABACKGROUNDCOLOR, value);
+    }
+
+    if (!t_pXmlParser->GetChildNodeList(node)) {
+        TTML_INFO("No text/span element found");
+        std::string begin;
+        std::string end;
+        std::string showBackground;
+        if (!element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end) ||
+            !element->GetAttrValue(ATTR_SHOWBACKGROUND, showBackground)) {
+            TTML_WARN("begin/end/showBG attributes not found in P. just ignore it");
+        } else if (showBackground == "always") {
+            // An empty paragraph still shows its background for its interval.
+            CElementSPTR span = m_CreateElement(ELEM_SPAN);
+            if (!span) {
+                TTML_WARN("NULL pointer");
+                return ERR_NULL_POINTER;
+            }
+            span->CreateFromParent(element);
+            span->AddAttrValue(ATTR_TEXT, "");
+            t_AddElement(begin, end, span);
+        }
+    }
+
+    std::vector<XMLNODEPTR> children;
+    m_GetChildNodeList(node, element, children);
+    for (XMLNODEPTR child : children) {
+        CElementSPTR childElement = t_CreateElement(child);
+        t_CheckLastSibling(child, childElement);
+        result = t_ProcessElement(child, element, childElement);
+        if (result != ERR_NONE) {
+            TTML_WARN("Error in t_processElement for BR element; error=%d", result);
+            return result;
+        }
+    }
+
+    t_CheckLastSibling(node, element);
+    t_AddElement("", "", element);
+    return ERR_SKIP_CHILDREN;
+}
+
+int CIMSCProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
+    if (!node || !element || !parent) {
+        TTML_WARN("NULL pointer");
+        return ERR_NULL_POINTER;
+    }
+    element->CreateFromParent(parent);
+    t_HandleReferencedElement(node, element);
+    int result = t_ParseAttributes(node, element);
+    if (result != ERR_NONE) {
+        TTML_WARN("Failed in parsing attributes");
+        return result;
+    }
+
+    if (t_pXmlParser->IsTextNode(node)) {
+        m_HandleTimeContainerAndDurProperty(parent, element);
+        return t_HandleTextNode(node, element);
+    }
+    m_HandleTimings(node, parent, element);
+    m_HandleTimeContainerAndDurProperty(parent, element);
+    if (!t_pXmlParser->GetChildElementList(node))
+        return t_HandleTextNode(node, element);
+
+    std::vector<XMLNODEPTR> children;
+    m_GetChildNodeList(node, element, children);
+    // t_HandleSpanChildElement counts nesting, so deep span chains stop at
+    // the walker's limit.
+    for (XMLNODEPTR child : children) {
+        result = t_HandleSpanChildElement(node, child, parent, element);
+        if (result != ERR_NONE) {
+            TTML_WARN("Error in processing children of Span. error code = %d", result);
+            return result;
+        }
+    }
+    t_AddElement("", "", element);
+    return ERR_NONE;
+}
+
+void CIMSCProfile::t_AddElement(const std::string& begin, const std::string& end, CElementSPTR& element)
+{
+    if (!element)
+        return;
+    if (begin.empty() || end.empty()) {
+        t_pSubtitleInfo->AddElement(0, 0, element);
+        return;
+    }
+    auto* imsc = dynamic_cast<CIMSCElement*>(element.get());
+    if (!imsc)
+        return;
+    const unsigned long long b = ToMs(begin);
+    const unsigned long long e = ToMs(end);
+    if (imsc->GetSetElementCount() != 0)
+        m_AddElementWithSet(imsc, element, b, e);
+    else
+        m_AddElement(element, b, e);
+}
+
+void CIMSCProfile::m_AddElement(CElementSPTR& element, unsigned long long begin, unsigned long long end)
+{
+    std::string regionId;
+    element->GetAttrValue(ATTR_REGION, regionId);
+    CElementSPTR regionElement = t_pStyleRegionInfo->GetRegion(regionId);
+    auto* region = dynamic_cast<CIMSCElement*>(regionElement.get());
+    if (!region) {
+        t_pSubtitleInfo->AddElement(begin, end, element);
+        return;
+    }
+    const bool visible = m_IsDisplayValueAuto(element);
+    if (region->GetSetRegionCount() == 0) {
+        if (visible)
+            t_pSubtitleInfo->AddElement(begin, end, element);
+        else
+            t_pSubtitleInfo->AddElement(0, 0, element);
+        return;
+    }
+
+    // Region sets are timed from the element's own begin.
+    std::list<CElementSPTR> sets;
+    region->GetSetRegionList(sets);
+    unsigned long long cursor = begin;
+    std::string value;
+    for (CElementSPTR& set : sets) {
+        if (cursor == end)
+            break;
+        unsigned long long start;
+        unsigned long long stop;
+        if (set->GetAttrValue(ATTR_BEGIN, value) && !value.empty()) {
+            // Clamped so that a set past the element's end adds nothing.
+            start = std::min(begin + ToMs(value), end);
+            if (visible && cursor < start)
+                t_pSubtitleInfo->AddElement(cursor, start, element);
+            stop = end;
+            if (set->GetAttrValue(ATTR_END, value) && !value.empty())
+                stop = std::min(begin + ToMs(value), end);
+        } else if (set->GetAttrValue(ATTR_DUR, value) && !value.empty()) {
+            start = cursor;
+            stop = std::min(cursor + ToMs(value), end);
+        } else {
+            continue;
+        }
+        CElementSPTR piece = m_CreatePiece(element);
+        if (!piece) {
+            TTML_WARN("NULL pointer at line %d in %s", __LINE__, "m_AddElement");
+            continue;
+        }
+        piece->CopyReferencedAttr(set);
+        if (start < stop && m_IsDisplayValueAuto(piece))
+            t_pSubtitleInfo->AddElement(start, stop, piece);
+        cursor = stop;
+    }
+    if (visible && cursor < end) {
+        CElementSPTR piece = m_CreatePiece(element);
+        if (!piece) {
+            TTML_WARN("NULL pointer at line %d in %s", __LINE__, "m_AddElement");
+            return;
+        }
+        t_pSubtitleInfo->AddElement(cursor, end, piece);
+    }
+}
+
+void CIMSCProfile::m_AddElementWithSet(CIMSCElement* imsc, CElementSPTR& element, unsigned long long begin,
+                                       unsigned long long end)
+{
+    const bool visible = m_IsDisplayValueAuto(element);
+    std::set<unsigned long long> points{begin, end};
+    std::set<std::pair<unsigned long long, unsigned long long>> keys;
+    imsc->GetSetKeys(keys);
+    for (const auto& key : keys) {
+        points.insert(key.first);
+        points.insert(key.second);
+    }
+
+    // Consecutive points inside [begin, end]: each piece has one fixed set
+    // of covering sets.
+    for (auto it = points.lower_bound(begin); it != points.end() && *it < end;) {
+        const unsigned long long from = *it;
+        ++it;
+        const unsigned long long to = *it;  // end is a point, so one follows
+        std::list<CElementSPTR> covering;
+        imsc->GetSetElementList(from, to, covering);
+        if (covering.empty()) {
+            if (visible)
+                t_pSubtitleInfo->AddElement(from, to, element);
+            else
+                t_pSubtitleInfo->AddElement(0, 0, element);
+            continue;
+        }
+        CElementSPTR piece = m_CreatePiece(element);
+        if (!piece) {
+            TTML_WARN("NULL pointer");
+            continue;
+        }
+        // Later sets in document order win.
+        for (CElementSPTR& set : covering)
+            piece->CopyReferencedAttr(set);
+        if (m_IsDisplayValueAuto(piece))
+            t_pSubtitleInfo->AddElement(from, to, piece);
+    }
+    imsc->ClearSetElementList();
+}
+
+void CIMSCProfile::m_HandleSetElement(XMLNODEPTR node, CElementSPTR& parent)
+{
+    if (!node || !parent) {
+        TTML_WARN("Null pointer");
+        return;
+    }
+    CElementSPTR set = m_CreateElement(ELEM_SET);
+    if (!set) {
+        TTML_WARN("NULL pointer");
+        return;
+    }
+    if (t_ParseAttributes(node, set) != ERR_NONE)
+        return;
+    m_HandleTimeContainerAndDurProperty(parent, set);
+
+    std::string begin;
+    std::string end;
+    set->GetAttrValue(ATTR_BEGIN, begin);
+    set->GetAttrValue(ATTR_END, end);
+    if (auto* imsc = dynamic_cast<CIMSCElement*>(parent.get()))
+        imsc->AddSetElement(begin, end, set);
+}
+
+void CIMSCProfile::m_HandleEmptyRegionList()
+{
+    if (!t_pStyleRegionInfo->IsEmptyRegionList())
+        return;
+    // Elements default to region "anonymous", which covers the root container.
+    CElementSPTR region = m_CreateElement(ELEM_REGION);
+    region->AddAttrValue(ATTR_ID, "anonymous");
+    region->AddAttrValue(ATTR_EXTENT, "auto");
+    region->AddAttrValue(ATTR_ORIGIN, "auto");
+    t_pStyleRegionInfo->AddRegion("anonymous", region);
+}
+
+int CIMSCProfile::t_ProcessSubtitleInfo()
+{
+    m_HandleEmptyRegionList();
+    return CProfile::t_ProcessSubtitleInfo();
+}
+
+}  // namespace TTML
