@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CSourceFeed.h"
+#include "CSubSampleImageUtil.h"
 #include "ITTMLSource.h"
 #include "LogCapture.h"
 
@@ -100,6 +101,22 @@ TEST(SourceFeedTest, AddRefusesTimeGoingBackwards)
     item.at = 9;
     EXPECT_FALSE(feed.Add(item));
     EXPECT_EQ(2u, feed.Items().size());
+}
+
+// The feed packs what it is given; judging the image is the receiver's job,
+// so a file that is not a PNG still plays and is refused by the reader.
+TEST(SourceFeedTest, ImagesArePackedEvenWhenTheReceiverWillRefuseThem)
+{
+    CSourceFeed feed;
+    ASSERT_TRUE(feed.LoadScript("at 0 document doc1.ttml profile=1 images=doc2.ttml,img1.png", "inline", kData));
+    ASSERT_EQ(1u, feed.Items().size());
+    std::string subSamples = feed.Items()[0].subSampleData;
+    CSubSampleImageUtil images(subSamples);
+    ASSERT_EQ(2u, images.GetCount());
+    LogCapture log;
+    EXPECT_FALSE(images.GetImage("1"));
+    EXPECT_TRUE(log.Has("Image \"1\" refused: not a PNG file", DLOG_WARN)) << log.Dump();
+    EXPECT_TRUE(images.GetImage("img1.png"));
 }
 
 TEST(SourceFeedTest, RefusedFileNamesFileAndLineAndLeavesFeedEmpty)

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "CSourceFeed.h"
+#include "CSubSampleImageUtil.h"
 #include "CTTMLSource.h"
 #include "LogCapture.h"
 #include "Recorder.h"
@@ -78,7 +79,19 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
     EXPECT_EQ(-500, doc.timeStamp);
     EXPECT_EQ(1000u, doc.segmentBegin);
     EXPECT_EQ(2000u, doc.segmentEnd);
-    EXPECT_TRUE(doc.subSampleData.empty());
+    {
+        // The images= files arrive packed, image 1 first, and read back.
+        std::string subSamples = doc.subSampleData;
+        CSubSampleImageUtil images(subSamples);
+        ASSERT_EQ(2u, images.GetCount());
+        EXPECT_EQ("img1.png", images.GetName(1));
+        auto second = images.GetImage("2");
+        ASSERT_TRUE(second);
+        unsigned int size = 0;
+        const unsigned char* buffer = second->GetBuffer(&size);
+        EXPECT_EQ(Read(kData + "/img2.png"), std::string(reinterpret_cast<const char*>(buffer), size));
+        EXPECT_TRUE(images.GetImage("img1.png"));
+    }
     EXPECT_EQ(&rec, doc.pCore);
 
     // Seek while paused: the clock is exactly at the position when the
@@ -92,6 +105,7 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
     EXPECT_EQ((std::list<std::string>{"a.ttf", "b.ttf"}), got[6].fonts);
 
     EXPECT_EQ(Read(kData + "/doc2.ttml"), got[12].raw.xmlData);
+    EXPECT_TRUE(got[12].raw.subSampleData.empty()) << "no images=, no sub-samples";
     EXPECT_EQ(-1, got[12].raw.profile);
     EXPECT_FALSE(got[14].hasTime) << "stop stops the media clock";
     EXPECT_NE(0, source.GetMediaTime(&t));

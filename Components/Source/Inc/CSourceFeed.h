@@ -21,7 +21,10 @@ struct SourceFeedItem {
     long long timeStamp = 0;              // ms
     unsigned long long segmentBegin = 0;  // ms
     unsigned long long segmentEnd = 0;    // ms
-    std::vector<std::string> images;      // resolved sub-sample image files (not yet encoded)
+    std::vector<std::string> images;      // resolved sub-sample image files
+    std::string subSampleData;            // those files packed by CSubSampleBuilder, handed on as
+                                          // SubRawData::subSampleData (set by the loader; items
+                                          // built in code fill it themselves)
 
     bool bandMode = false;           // start (1)
     long long position = 0;          // seek start (6), ms
@@ -53,7 +56,9 @@ struct SourceFeedItem {
 //   go backwards. Document options: profile -1..2, timestamp signed ms,
 //   segment begin,end with begin <= end, images comma-separated. File names
 //   have no spaces; relative ones resolve against the script's folder;
-//   documents and images must exist when the feed is loaded.
+//   documents and images must exist when the feed is loaded, and the images
+//   are read then into the item's sub-sample data (image 1 is the first
+//   listed). Whether they decode is judged by the receiver.
 //
 // Effects on the source's media clock: it starts with Start; pause and
 // resume freeze and continue it; seek moves it; stop stops it (no media

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "CSubSampleBuilder.h"
 #include "ITTMLSource.h"
 #include "TTMLLog.h"
 
@@ -387,6 +388,10 @@ bool CSourceFeed::m_ParseLine(const std::string& line, int lineNo, const std::st
                     return false;
                 }
                 item.images.push_back(path);
+            }
+            if (!CSubSampleBuilder::BuildFromFiles(item.images, item.subSampleData)) {
+                FEED_ERROR("cannot pack images \"%s\"", value.c_str());
+                return false;
             }
         } else if (known || item.msgId == TTML_SOURCE_MSG_START || item.msgId == TTML_SOURCE_MSG_XML_DATA) {
             FEED_ERROR("unknown option \"%s\"", opt.c_str());

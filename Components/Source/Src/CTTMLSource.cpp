@@ -364,7 +364,7 @@ void CTTMLSource::m_Deliver(int msgId, const SourceFeedItem* item)
         pData->segmentEnd = item->segmentEnd;
         pData->url = item->url;
         pData->xmlData = item->xmlData;
-        // Sub-sample images are listed on the item but not encoded yet.
+        pData->subSampleData = item->subSampleData;
         pData->pCore = m_userData;
         m_callback(msgId, pData);
         break;

@@ -1,0 +1,46 @@
+#ifndef INTERTITLE_TESTS_IMAGE_PNGMAKER_H
+#define INTERTITLE_TESTS_IMAGE_PNGMAKER_H
+
+#include <png.h>
+
+#include <string>
+#include <vector>
+
+// A w x h RGBA PNG file in memory (a gradient, so rows differ), or an empty
+// string when libpng cannot write it.
+inline std::string MakePng(unsigned int w, unsigned int h)
+{
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = w;
+    image.height = h;
+    image.format = PNG_FORMAT_RGBA;
+    std::vector<unsigned char> pixels(static_cast<size_t>(w) * h * 4);
+    for (size_t i = 0; i < pixels.size(); ++i)
+        pixels[i] = static_cast<unsigned char>(i * 7);
+    png_alloc_size_t size = 0;
+    if (!png_image_write_to_memory(&image, nullptr, &size, 0, pixels.data(), 0, nullptr))
+        return std::string();
+    std::string out(size, '\0');
+    if (!png_image_write_to_memory(&image, &out[0], &size, 0, pixels.data(), 0, nullptr))
+        return std::string();
+    out.resize(size);
+    return out;
+}
+
+// Offset of the first chunk of `type` in a PNG file (its length field), or
+// npos.
+inline size_t FindChunk(const std::string& png, const char* type)
+{
+    size_t pos = 8;
+    while (pos + 8 <= png.size()) {
+        const unsigned char* p = reinterpret_cast<const unsigned char*>(png.data()) + pos;
+        size_t length = (size_t(p[0]) << 24) | (size_t(p[1]) << 16) | (size_t(p[2]) << 8) | size_t(p[3]);
+        if (png.compare(pos + 4, 4, type) == 0)
+            return pos;
+        pos += 12 + length;
+    }
+    return std::string::npos;
+}
+
+#endif

@@ -1,0 +1,241 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "CSubSampleBuilder.h"
+#include "CSubSampleImageUtil.h"
+#include "LogCapture.h"
+#include "PngMaker.h"
+
+using namespace TTML;
+
+namespace {
+
+const std::string kSourceData = INTERTITLE_SOURCE_DIR "/Tests/Source/data";
+
+std::string Bytes(const std::shared_ptr<CImageData>& image)
+{
+    unsigned int size = 0;
+    const unsigned char* buffer = image->GetBuffer(&size);
+    return std::string(reinterpret_cast<const char*>(buffer), size);
+}
+
+// Three entries: two good images of different sizes and one corrupt one.
+class SubSampleImageUtilTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        m_first = MakePng(2, 3);
+        m_second = MakePng(7, 5);
+        ASSERT_FALSE(m_first.empty());
+        ASSERT_FALSE(m_second.empty());
+        std::string broken = m_second.substr(0, m_second.size() / 2);
+        ASSERT_TRUE(CSubSampleBuilder::Build({{"a.png", m_first}, {"b.png", m_second}, {"c.png", broken}}, m_data));
+    }
+
+    std::string m_first;
+    std::string m_second;
+    std::string m_data;
+};
+
+TEST_F(SubSampleImageUtilTest, FindsImagesByPositionAndByName)
+{
+    std::string copy = m_data;
+    CSubSampleImageUtil util(m_data);
+    EXPECT_EQ(copy, m_data) << "the caller's data is left as it was";
+    ASSERT_EQ(3u, util.GetCount());
+    EXPECT_EQ("b.png", util.GetName(2));
+    EXPECT_EQ("", util.GetName(0));
+    EXPECT_EQ("", util.GetName(4));
+
+    struct Lookup {
+        const char* reference;
+        const std::string* bytes;
+        unsigned int width;
+    } lookups[] = {
+        {"1", &m_first, 2},          // sub-samples count from 1
+        {"2", &m_second, 7},
+        {"002", &m_second, 7},
+        {"a.png", &m_first, 2},
+        {"b.png", &m_second, 7},
+        {"images/b.png", &m_second, 7},  // a folder in the document is ignored
+    };
+    for (const auto& l : lookups) {
+        auto image = util.GetImage(l.reference);
+        ASSERT_TRUE(image) << l.reference;
+        EXPECT_EQ(*l.bytes, Bytes(image)) << l.reference;
+        EXPECT_EQ(l.width, image->GetWidth()) << l.reference;
+    }
+}
+
+TEST_F(SubSampleImageUtilTest, UnknownReferencesAreNotFound)
+{
+    CSubSampleImageUtil util(m_data);
+    for (const char* reference : {"0", "4", "4294967297", "#img1", "", "d.png", "a.png/", "A.PNG"}) {
+        LogCapture log;
+        EXPECT_FALSE(util.GetImage(reference)) << reference;
+        EXPECT_TRUE(log.Has(std::string("Image \"") + reference + "\" not found in the sub-sample data", DLOG_WARN))
+            << reference << "\n" << log.Dump();
+    }
+}
+
+TEST_F(SubSampleImageUtilTest, CorruptEntryIsRefusedOnceAndStaysEmpty)
+{
+    CSubSampleImageUtil util(m_data);
+    LogCapture log;
+    EXPECT_FALSE(util.GetImage("3"));
+    EXPECT_EQ(1, log.CountContaining("Image \"3\" refused: corrupt or truncated PNG", DLOG_WARN)) << log.Dump();
+    EXPECT_FALSE(util.GetImage("c.png"));
+    EXPECT_EQ(1, log.CountContaining("refused")) << "the verdict is kept";
+    EXPECT_TRUE(util.GetImage("1")) << "a bad entry does not spoil the others";
+}
+
+TEST_F(SubSampleImageUtilTest, RepeatedLookupsShareOneImageUntilReleased)
+{
+    CSubSampleImageUtil util(m_data);
+    auto first = util.GetImage("2");
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first, util.GetImage("b.png"));
+    EXPECT_EQ(2, first.use_count()) << "the util keeps one reference";
+
+    util.ReleaseImages();
+    EXPECT_EQ(1, first.use_count());
+    EXPECT_EQ(m_second, Bytes(first)) << "holders keep their image";
+    auto again = util.GetImage("2");
+    ASSERT_TRUE(again);
+    EXPECT_NE(first, again) << "decoded afresh";
+
+    util.Clear();
+    EXPECT_EQ(0u, util.GetCount());
+    LogCapture log;
+    EXPECT_FALSE(util.GetImage("1"));
+    EXPECT_TRUE(log.Has("Image \"1\" not found in the sub-sample data"));
+    EXPECT_EQ(m_second, Bytes(again)) << "images outlive the data they came from";
+    util.ReleaseImages();  // both are safe on an emptied util
+    util.Clear();
+}
+
+TEST(SubSampleImageUtilEmptyTest, NoDataIsNoImagesWithoutComplaint)
+{
+    std::string none;
+    LogCapture log;
+    CSubSampleImageUtil util(none);
+    EXPECT_EQ(0u, util.GetCount());
+    EXPECT_FALSE(log.HasContaining("refused"));
+    EXPECT_FALSE(util.GetImage("1"));
+}
+
+// Hostile data: each case edits a valid two-entry string.
+struct HostileCase {
+    const char* name;
+    void (*edit)(std::string& data, size_t firstLength);
+    const char* why;
+};
+
+void PrintTo(const HostileCase& c, std::ostream* os) { *os << c.name; }
+
+void PutU32(std::string& data, size_t pos, unsigned int value)
+{
+    for (int i = 0; i < 4; ++i)
+        data[pos + i] = static_cast<char>((value >> (8 * i)) & 0xff);
+}
+
+// Layout of the valid data: header 12, entry 1 name length at 12, name "a.png"
+// at 16, image length at 21, image at 25, entry 2 from 25 + firstLength.
+const size_t kFirstDataLength = 21;
+
+class SubSampleHostileTest : public ::testing::TestWithParam<HostileCase> {};
+
+TEST_P(SubSampleHostileTest, IsRefusedWholeWithAWarning)
+{
+    std::string first = MakePng(2, 2);
+    std::string second = MakePng(3, 3);
+    std::string data;
+    ASSERT_TRUE(CSubSampleBuilder::Build({{"a.png", first}, {"b.png", second}}, data));
+    GetParam().edit(data, first.size());
+    // A copy sized exactly, so a read past the end is caught by the sanitizer.
+    std::string exact(data.begin(), data.end());
+    exact.shrink_to_fit();
+
+    LogCapture log;
+    CSubSampleImageUtil util(exact);
+    EXPECT_EQ(1, log.CountContaining("Sub-sample data refused: ", DLOG_WARN)) << log.Dump();
+    EXPECT_TRUE(log.HasContaining(GetParam().why, DLOG_WARN)) << log.Dump();
+    EXPECT_EQ(0u, util.GetCount());
+    EXPECT_FALSE(util.GetImage("1"));
+    EXPECT_FALSE(util.GetImage("a.png"));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, SubSampleHostileTest,
+    ::testing::Values(
+        HostileCase{"BadMagic", [](std::string& d, size_t) { d[0] = 'J'; }, "no ISSD header"},
+        HostileCase{"RawPng", [](std::string& d, size_t) { d = MakePng(2, 2); }, "no ISSD header"},
+        HostileCase{"HeaderCut", [](std::string& d, size_t) { d.resize(11); }, "no ISSD header"},
+        HostileCase{"Version2", [](std::string& d, size_t) { PutU32(d, 4, 2); }, "version 2"},
+        HostileCase{"AbsurdCount", [](std::string& d, size_t) { PutU32(d, 8, 0xffffffffu); }, "4294967295 entries"},
+        HostileCase{"CountTooHigh", [](std::string& d, size_t) { PutU32(d, 8, 3); }, "entry 3 truncated"},
+        HostileCase{"CountTooLow", [](std::string& d, size_t) { PutU32(d, 8, 1); }, "bytes after the last entry"},
+        HostileCase{"TrailingByte", [](std::string& d, size_t) { d.push_back('\0'); }, "1 bytes after the last entry"},
+        HostileCase{"NameLengthHuge", [](std::string& d, size_t) { PutU32(d, 12, 0xfffffffcu); },
+                    "entry 1 name length"},
+        HostileCase{"NameLengthPastEnd", [](std::string& d, size_t) { d.resize(18); }, "entry 1 name length"},
+        HostileCase{"ImageLengthHuge", [](std::string& d, size_t) { PutU32(d, kFirstDataLength, 0xffffffffu); },
+                    "entry 1 image length"},
+        HostileCase{"ImageLengthByOne",
+                    [](std::string& d, size_t n) {
+                        PutU32(d, kFirstDataLength, static_cast<unsigned int>(d.size() - kFirstDataLength - 4 + 1));
+                        (void)n;
+                    },
+                    "entry 1 image length"},
+        HostileCase{"SecondEntryCut", [](std::string& d, size_t n) { d.resize(25 + n + 2); }, "entry 2 truncated"},
+        HostileCase{"SecondImageCut", [](std::string& d, size_t) { d.pop_back(); }, "entry 2 image length"}),
+    [](const ::testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+
+TEST(SubSampleBuilderTest, FilesArePackedUnderTheirNamesInOrder)
+{
+    std::string data;
+    ASSERT_TRUE(CSubSampleBuilder::BuildFromFiles({kSourceData + "/img2.png", kSourceData + "/img1.png"}, data));
+    CSubSampleImageUtil util(data);
+    ASSERT_EQ(2u, util.GetCount());
+    EXPECT_EQ("img2.png", util.GetName(1));
+    EXPECT_EQ("img1.png", util.GetName(2));
+    auto byIndex = util.GetImage("2");
+    auto byName = util.GetImage("img1.png");
+    ASSERT_TRUE(byIndex);
+    EXPECT_EQ(byIndex, byName);
+    EXPECT_EQ(1u, byIndex->GetWidth());
+    EXPECT_EQ(1u, byIndex->GetHeight());
+}
+
+TEST(SubSampleBuilderTest, RefusesWhatTheReaderWouldRefuse)
+{
+    std::string data = "left over";
+    LogCapture log;
+    EXPECT_FALSE(CSubSampleBuilder::BuildFromFiles({kSourceData + "/img1.png", kSourceData + "/nothere.png"}, data));
+    EXPECT_TRUE(log.Has("Cannot read image file " + kSourceData + "/nothere.png", DLOG_WARN)) << log.Dump();
+    EXPECT_TRUE(data.empty());
+
+    std::string longName(CSubSampleImageUtil::kMaxNameLength + 1, 'n');
+    EXPECT_FALSE(CSubSampleBuilder::Build({{longName, "x"}}, data));
+    EXPECT_TRUE(log.HasContaining("Sub-sample image name too long", DLOG_WARN));
+
+    std::vector<CSubSampleBuilder::Entry> many(CSubSampleImageUtil::kMaxEntries + 1);
+    EXPECT_FALSE(CSubSampleBuilder::Build(many, data));
+    EXPECT_TRUE(log.Has("Too many sub-sample images: 4097", DLOG_WARN));
+
+    // The limits themselves are fine, and empty entries survive the trip.
+    std::vector<CSubSampleBuilder::Entry> most(CSubSampleImageUtil::kMaxEntries);
+    most.back().name = std::string(CSubSampleImageUtil::kMaxNameLength, 'z');
+    ASSERT_TRUE(CSubSampleBuilder::Build(most, data));
+    CSubSampleImageUtil util(data);
+    EXPECT_EQ(CSubSampleImageUtil::kMaxEntries, util.GetCount());
+    EXPECT_EQ(most.back().name, util.GetName(CSubSampleImageUtil::kMaxEntries));
+    EXPECT_FALSE(util.GetImage("1"));
+    EXPECT_TRUE(log.Has("Image \"1\" refused: no data", DLOG_WARN));
+}
+
+}  // namespace
