@@ -201,6 +201,37 @@ TEST(DumpTool, OptionsReachTheRecord)
     EXPECT_EQ(Shell("'" + kTool + "' 2>/dev/null").status, 2);
 }
 
+// Images named beside the document are packed and looked up as the image
+// profile would; each reference reports its size or why it has none.
+TEST(DumpTool, BackgroundImagesBesideTheDocument)
+{
+    std::string dir = TempPath("images");
+    ASSERT_EQ(Shell("mkdir -p '" + dir + "'").status, 0);
+    std::string png = std::string(INTERTITLE_TESTDATA) + "/imsc1/ttml/altText/altText1-img.png";
+    ASSERT_EQ(Shell("cp '" + png + "' '" + dir + "/good.png' && head -c 300 '" + png + "' > '" + dir + "/cut.png'")
+                  .status,
+              0);
+    std::ofstream(dir + "/doc.ttml")
+        << "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\">"
+           "<body><div begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"good.png\"/>"
+           "<div begin=\"2s\" end=\"3s\" smpte:backgroundImage='cut.png'/>"
+           "<div begin=\"3s\" end=\"4s\" smpte:backgroundImage=\"gone.png\"/>"
+           "<div begin=\"4s\" end=\"5s\" smpte:backgroundImage=\"urn:mpeg:14496-30:subs:1\"/></body></tt>";
+    std::string json = dir + "/out.json";
+    Shell("'" + kTool + "' --json --profile 1 '" + dir + "/doc.ttml' > '" + json + "' 2>/dev/null");
+    auto f = Flatten(json);
+    Shell("rm -rf '" + dir + "'");
+    EXPECT_EQ(f["0.images#len"], "4");
+    EXPECT_EQ(f["0.images.0.reference"], "\"good.png\"");
+    EXPECT_EQ(f["0.images.0.width"], "160");
+    EXPECT_EQ(f["0.images.0.height"], "120");
+    EXPECT_EQ(f["0.images.1.width"], "0");
+    EXPECT_EQ(f["0.images.1.problem"].find("\"Image \\\"cut.png\\\" refused: corrupt or truncated PNG"), 0u)
+        << f["0.images.1.problem"];
+    EXPECT_EQ(f["0.images.2.problem"], "\"Image \\\"gone.png\\\" not found in the sub-sample data\"");
+    EXPECT_EQ(f["0.images.3.width"], "160") << "sub-sample 1 is the first image packed";
+}
+
 #endif
 
 }  // namespace

@@ -7,15 +7,24 @@
 // unreadable, 2 for a usage error. With --json, one JSON object per file, one
 // object per line (JSON Lines). The log filter defaults to "none" here; the
 // warnings of a refused document are printed as its reasons instead.
+//
+// Images named by smpte:backgroundImage that lie beside the document are
+// packed into the record's sub-sample data, as a source would send them, and
+// each reference is printed with its decoded size or why it has none.
 
 #include "CElement.h"
 #include "CParser.h"
+#include "CSubSampleBuilder.h"
+#include "CSubSampleImageUtil.h"
 #include "CSubtitleInfo.h"
 #include "SubRawData.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
 
 #include <dlog.h>
+#include <unistd.h>
+
+#include <boost/regex.hpp>
 
 #include <cerrno>
 #include <cinttypes>
@@ -231,6 +240,14 @@ void OnParsed(int msgId, void* data)
     pDelivery->pSubtitleInfo = pData->pSubtitleInfo;
 }
 
+// One smpte:backgroundImage reference of the document and what it gave.
+struct ImageResult {
+    std::string reference;
+    unsigned int width = 0;   // 0: no image
+    unsigned int height = 0;
+    std::string problem;      // why there is no image
+};
+
 struct FileResult {
     std::string file;
     bool readable = false;
@@ -238,7 +255,77 @@ struct FileResult {
     int profile = -1;
     CSubtitleInfo* pInfo = nullptr;  // not owned
     std::vector<std::string> warnings;
+    std::vector<ImageResult> images;
 };
+
+// The distinct smpte:backgroundImage values in document order, taken from
+// the text so that refused documents are covered too.
+std::vector<std::string> BackgroundImages(const std::string& xml)
+{
+    static const boost::regex kAttr("[:\\s]backgroundImage\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')");
+    std::vector<std::string> refs;
+    for (boost::sregex_iterator it(xml.begin(), xml.end(), kAttr), end; it != end; ++it) {
+        std::string value = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
+        bool seen = false;
+        for (const auto& r : refs)
+            seen = seen || r == value;
+        if (!seen && !value.empty())
+            refs.push_back(value);
+    }
+    return refs;
+}
+
+// What the image profile asks the image component for: the part after the
+// last colon of a "urn:" value, any other value as it is.
+std::string LookupKey(const std::string& reference)
+{
+    if (reference.compare(0, 4, "urn:") == 0)
+        return reference.substr(reference.rfind(':') + 1);
+    return reference;
+}
+
+// Packs the referenced files found beside the document into the record's
+// sub-sample data. urn and fragment references name no file.
+void PackImages(const std::string& file, const std::vector<std::string>& refs, std::string& subSampleData)
+{
+    std::string dir;
+    std::string::size_type slash = file.find_last_of('/');
+    if (slash != std::string::npos)
+        dir = file.substr(0, slash + 1);
+    std::vector<std::string> paths;
+    for (const auto& ref : refs) {
+        if (ref.compare(0, 4, "urn:") == 0 || ref[0] == '#' || ref[0] == '/')
+            continue;
+        std::string path = dir + ref;
+        if (access(path.c_str(), R_OK) == 0)
+            paths.push_back(path);
+    }
+    if (!paths.empty())
+        TTML::CSubSampleBuilder::BuildFromFiles(paths, subSampleData);
+}
+
+// Looks every reference up the way the image profile does, keeping the
+// warning that explains a missing image.
+std::vector<ImageResult> CheckImages(const std::vector<std::string>& refs, std::string& subSampleData)
+{
+    std::vector<ImageResult> results;
+    TTML::CSubSampleImageUtil util(subSampleData);
+    for (const auto& ref : refs) {
+        ImageResult r;
+        r.reference = ref;
+        WarningCollector collector;
+        std::shared_ptr<TTML::CImageData> image = util.GetImage(LookupKey(ref));
+        if (image) {
+            r.width = image->GetWidth();
+            r.height = image->GetHeight();
+        } else {
+            std::vector<std::string> why = collector.Take();
+            r.problem = why.empty() ? "no image" : why.back();
+        }
+        results.push_back(r);
+    }
+    return results;
+}
 
 void JsonString(std::ostream& os, const std::string& s)
 {
@@ -297,6 +384,18 @@ void PrintJson(const FileResult& r)
     os << ",\"frameRate\":" << FormatDouble(info ? info->GetEffectiveFrameRate() : 0);
     os << ",\"tickRate\":" << (info ? info->GetTickRate() : 0);
     os << ",\"lastEndTime\":" << (info ? info->GetLastEndTime() : 0ULL);
+    if (!r.images.empty()) {
+        os << ",\"images\":[";
+        for (size_t i = 0; i < r.images.size(); ++i) {
+            const ImageResult& im = r.images[i];
+            os << (i ? "," : "") << "{\"reference\":";
+            JsonString(os, im.reference);
+            os << ",\"width\":" << im.width << ",\"height\":" << im.height << ",\"problem\":";
+            JsonString(os, im.problem);
+            os << '}';
+        }
+        os << ']';
+    }
     os << ",\"intervals\":[";
     if (info) {
         std::set<CSubtitleInfo::TimeInterval> keys;
@@ -338,6 +437,12 @@ void PrintJson(const FileResult& r)
 void PrintText(const FileResult& r, long long timeStamp)
 {
     std::printf("== %s\n", r.file.c_str());
+    for (const auto& im : r.images) {
+        if (im.width)
+            std::printf("image %s: %ux%u\n", im.reference.c_str(), im.width, im.height);
+        else
+            std::printf("image %s: none (%s)\n", im.reference.c_str(), im.problem.c_str());
+    }
     if (!r.pInfo) {
         if (!r.readable) {
             std::printf("refused: cannot read the file\n\n");
@@ -429,6 +534,11 @@ int main(int argc, char** argv)
         pRecord->url = file;
         r.readable = ReadWholeFile(file, pRecord->xmlData);
         if (r.readable) {
+            std::vector<std::string> refs = BackgroundImages(pRecord->xmlData);
+            if (!refs.empty()) {
+                PackImages(file, refs, pRecord->subSampleData);
+                r.images = CheckImages(refs, pRecord->subSampleData);
+            }
             WarningCollector collector;
             // The parser thread stays idle: nothing is queued, so the
             // record runs here through the same path a queued one takes.
