@@ -1,5 +1,7 @@
 #include "CAttrHandler.h"
 
+#include "CSubtitleInfo.h"
+
 #include "IMutex.h"
 #include "Lock.h"
 #include "TTMLLog.h"
@@ -8,6 +10,7 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 
@@ -355,6 +358,20 @@ bool CAttrHandler::t_SpaceSeparatedIntegersValidation(std::string& value)
         return false;
     return std::all_of(parts.begin(), parts.end(),
                        [](const std::string& p) { return std::strtol(p.c_str(), nullptr, 10) > 0; });
+}
+
+void CAttrHandler::t_StoreTimeAsMS(std::string& value, bool applySegmentStart) const
+{
+    const CSubtitleInfo* pInfo = GetSubtitleInfo();
+    const double frameRate = pInfo ? pInfo->GetEffectiveFrameRate() : 0.0;
+    const int tickRate = pInfo ? pInfo->GetTickRate() : 0;
+    unsigned long long ms = ConvertTimeExpressionToMS(value, frameRate, tickRate);
+    if (applySegmentStart && pInfo)
+        pInfo->ApplySubtitleSegmentBoundaries(ms);
+
+    char buf[24];
+    std::snprintf(buf, sizeof(buf), "%llu", ms);
+    value = buf;
 }
 
 }  // namespace TTML

@@ -1,10 +1,8 @@
 #include "CEBUAttrHandler.h"
 
-#include "CSubtitleInfo.h"
 #include "TTMLLog.h"
 #include "Util.h"
 
-#include <cstdio>
 
 namespace TTML {
 
@@ -117,18 +115,7 @@ int CEBUAttrHandler::m_ConvertClockTime(std::string& value, bool applySegmentSta
     if (t_ValidateClockTimeFormat(value) != ERR_NONE)
         return ERR_IGNORE;
 
-    // Without a document (handler used on its own) the conversion falls back
-    // to no frame or tick rate and no segment bounds.
-    const CSubtitleInfo* pInfo = GetSubtitleInfo();
-    const double frameRate = pInfo ? pInfo->GetEffectiveFrameRate() : 0.0;
-    const int tickRate = pInfo ? pInfo->GetTickRate() : 0;
-    unsigned long long ms = ConvertTimeExpressionToMS(value, frameRate, tickRate);
-    if (applySegmentStart && pInfo)
-        pInfo->ApplySubtitleSegmentBoundaries(ms);
-
-    char buf[24];
-    std::snprintf(buf, sizeof(buf), "%llu", ms);
-    value = buf;
+    t_StoreTimeAsMS(value, applySegmentStart);
     return ERR_NONE;
 }
 

@@ -1,13 +1,11 @@
 #include "CIMSCAttrHandler.h"
 
-#include "CSubtitleInfo.h"
 #include "TTMLLog.h"
 #include "Util.h"
 
 #include <boost/regex.hpp>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <vector>
 
@@ -259,18 +257,7 @@ int CIMSCAttrHandler::m_ConvertTime(std::string& value, bool applySegmentStart)
     if (!m_ValidateTimeExpression(value))
         return ERR_IGNORE;
 
-    // Without a document (handler used on its own) the conversion falls back
-    // to no frame or tick rate and no segment bounds.
-    const CSubtitleInfo* pInfo = GetSubtitleInfo();
-    const double frameRate = pInfo ? pInfo->GetEffectiveFrameRate() : 0.0;
-    const int tickRate = pInfo ? pInfo->GetTickRate() : 0;
-    unsigned long long ms = ConvertTimeExpressionToMS(value, frameRate, tickRate);
-    if (applySegmentStart && pInfo)
-        pInfo->ApplySubtitleSegmentBoundaries(ms);
-
-    char buf[24];
-    std::snprintf(buf, sizeof(buf), "%llu", ms);
-    value = buf;
+    t_StoreTimeAsMS(value, applySegmentStart);
     return ERR_NONE;
 }
 
