@@ -71,6 +71,12 @@ public:
     virtual void OnErrorDownloadableFonts(const std::list<std::string>& fonts);
 
 protected:
+    // Shared by the profiles' Initialize and Reset: takes ownership of the
+    // profile's attribute handler and makes it the one elements use; empties
+    // the per-document registries and forgets the document.
+    void t_InstallAttrHandler(CAttrHandler* handler);
+    void t_ForgetDocument();
+
     // One XML level: creates the node's element, dispatches it and, on
     // ERR_NONE, walks its child elements. Refuses nodes beyond
     // kMaxNestingDepth. parent is empty for the root.

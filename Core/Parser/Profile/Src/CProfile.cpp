@@ -77,12 +77,24 @@ void CProfile::Destroy()
 
 void CProfile::Reset()
 {
+    t_ForgetDocument();
+    TTML_INFO("Function is done");
+}
+
+void CProfile::t_ForgetDocument()
+{
     if (t_pAgentInfo)
         t_pAgentInfo->Reset();
     if (t_pStyleRegionInfo)
         t_pStyleRegionInfo->Reset();
     t_pSubtitleInfo = nullptr;
-    TTML_INFO("Function is done");
+}
+
+void CProfile::t_InstallAttrHandler(CAttrHandler* handler)
+{
+    t_pAttrHandler = handler;
+    TTML_ASSERT(t_pAttrHandler);
+    CElement::SetAttributeHandler(t_pAttrHandler);
 }
 
 void CProfile::SetProfile(int profile)

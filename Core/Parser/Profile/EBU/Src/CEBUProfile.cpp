@@ -26,9 +26,7 @@ bool CEBUProfile::Initialize()
     bool result = CProfile::Initialize();
     if (!result)
         return result;
-    t_pAttrHandler = new (std::nothrow) CEBUAttrHandler();
-    TTML_ASSERT(t_pAttrHandler);
-    CElement::SetAttributeHandler(t_pAttrHandler);
+    t_InstallAttrHandler(new (std::nothrow) CEBUAttrHandler());
     return true;
 }
 
@@ -41,11 +39,7 @@ void CEBUProfile::Destroy()
 
 void CEBUProfile::Reset()
 {
-    if (t_pAgentInfo)
-        t_pAgentInfo->Reset();
-    if (t_pStyleRegionInfo)
-        t_pStyleRegionInfo->Reset();
-    t_pSubtitleInfo = nullptr;
+    t_ForgetDocument();
     TTML_INFO("Reset is done");
 }
 

@@ -50,9 +50,7 @@ bool CIMSCProfile::Initialize()
     bool result = CProfile::Initialize();
     if (!result)
         return result;
-    t_pAttrHandler = new (std::nothrow) CIMSCAttrHandler();
-    TTML_ASSERT(t_pAttrHandler);
-    CElement::SetAttributeHandler(t_pAttrHandler);
+    t_InstallAttrHandler(new (std::nothrow) CIMSCAttrHandler());
     return true;
 }
 
@@ -65,11 +63,7 @@ void CIMSCProfile::Destroy()
 
 void CIMSCProfile::Reset()
 {
-    if (t_pAgentInfo)
-        t_pAgentInfo->Reset();
-    if (t_pStyleRegionInfo)
-        t_pStyleRegionInfo->Reset();
-    t_pSubtitleInfo = nullptr;
+    t_ForgetDocument();
     TTML_INFO("Reset is done");
 }
 
