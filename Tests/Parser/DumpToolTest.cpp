@@ -121,6 +121,7 @@ TEST(DumpTool, JsonOfTheSample)
 
     const std::string s1 = "0.intervals.0.elements";
     EXPECT_EQ(f[s1 + "#len"], "3");
+    EXPECT_EQ(f[s1 + ".0#keys"], "type,text,attributes") << "text elements name no image";
     EXPECT_EQ(f[s1 + ".0.type"], "\"span\"");
     EXPECT_EQ(f[s1 + ".0.text"], "\"Bonjour à tous,\"");
     EXPECT_EQ(f[s1 + ".1.type"], "\"br\"");
@@ -183,7 +184,8 @@ TEST(DumpTool, RefusedDocumentFailsWithItsReason)
 TEST(DumpTool, OptionsReachTheRecord)
 {
     // A segment starting at 5 s raises the earlier begins to 5000; the
-    // transport value 1 sends the document to the (missing) image profile.
+    // transport value 1 sends the document to the image profile, which
+    // refuses its untimed divs.
     std::string json = TempPath("segment.json");
     ShellRun r = Shell("'" + kTool + "' --json --segment 5000,9000 '" + kSample + "' > '" + json + "'");
     EXPECT_EQ(r.status, 0);
@@ -195,7 +197,7 @@ TEST(DumpTool, OptionsReachTheRecord)
     f = Flatten(json);
     std::remove(json.c_str());
     EXPECT_EQ(f["0.profile"], "1");
-    EXPECT_EQ(f["0.result"], "3");
+    EXPECT_EQ(f["0.result"], "5");
 
     EXPECT_EQ(Shell("'" + kTool + "' --segment 5000 '" + kSample + "' 2>/dev/null").status, 2);
     EXPECT_EQ(Shell("'" + kTool + "' 2>/dev/null").status, 2);
@@ -217,9 +219,19 @@ TEST(DumpTool, BackgroundImagesBesideTheDocument)
            "<div begin=\"2s\" end=\"3s\" smpte:backgroundImage='cut.png'/>"
            "<div begin=\"3s\" end=\"4s\" smpte:backgroundImage=\"gone.png\"/>"
            "<div begin=\"4s\" end=\"5s\" smpte:backgroundImage=\"urn:mpeg:14496-30:subs:1\"/></body></tt>";
+    // The same divs in a document that declares the image profile itself.
+    std::ofstream(dir + "/declared.ttml")
+        << "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+           " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\""
+           " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\">"
+           "<body><div begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"good.png\"/>"
+           "<div begin=\"2s\" end=\"3s\" smpte:backgroundImage=\"gone.png\"/></body></tt>";
     std::string json = dir + "/out.json";
     Shell("'" + kTool + "' --json --profile 1 '" + dir + "/doc.ttml' > '" + json + "' 2>/dev/null");
     auto f = Flatten(json);
+    Shell("'" + kTool + "' --json '" + dir + "/declared.ttml' > '" + json + "' 2>/dev/null");
+    auto declared = Flatten(json);
+    ShellRun text = Shell("'" + kTool + "' '" + dir + "/declared.ttml' 2>/dev/null");
     Shell("rm -rf '" + dir + "'");
     EXPECT_EQ(f["0.images#len"], "4");
     EXPECT_EQ(f["0.images.0.reference"], "\"good.png\"");
@@ -230,6 +242,26 @@ TEST(DumpTool, BackgroundImagesBesideTheDocument)
         << f["0.images.1.problem"];
     EXPECT_EQ(f["0.images.2.problem"], "\"Image \\\"gone.png\\\" not found in the sub-sample data\"");
     EXPECT_EQ(f["0.images.3.width"], "160") << "sub-sample 1 is the first image packed";
+
+    // What the parsed elements carry: one div per second, decoded or not.
+    EXPECT_EQ(f["0.accepted"], "true");
+    ASSERT_EQ(f["0.intervals#len"], "4");
+    EXPECT_EQ(f["0.intervals.0.elements.0#keys"], "type,text,attributes,image");
+    EXPECT_EQ(f["0.intervals.0.elements.0.image.ref"], "\"good.png\"");
+    EXPECT_EQ(f["0.intervals.0.elements.0.image.width"], "160");
+    EXPECT_EQ(f["0.intervals.0.elements.0.image.height"], "120");
+    EXPECT_EQ(f["0.intervals.1.elements.0.image"], "null");
+    EXPECT_EQ(f["0.intervals.2.elements.0.image"], "null");
+    EXPECT_EQ(f["0.intervals.3.elements.0.image.ref"], "\"1\"");
+    EXPECT_EQ(f["0.intervals.3.elements.0.image.width"], "160");
+
+    EXPECT_EQ(declared["0.profile"], "1");
+    EXPECT_EQ(declared["0.accepted"], "true");
+    EXPECT_EQ(declared["0.intervals.0.elements.0.image.height"], "120");
+    EXPECT_EQ(declared["0.intervals.1.elements.0.image"], "null");
+    EXPECT_EQ(text.status, 0);
+    EXPECT_NE(text.out.find("    image good.png: 160x120\n"), std::string::npos) << text.out;
+    EXPECT_NE(text.out.find("    image gone.png: not decoded\n"), std::string::npos) << text.out;
 }
 
 #endif

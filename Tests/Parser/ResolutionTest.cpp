@@ -1,6 +1,5 @@
 // Which profile a document is parsed with: transport value, declaration in
-// the document, subtitle mode default. IMSC 1 documents are refused until
-// their walkers exist, which is what the result column shows for 0 and 1.
+// the document, subtitle mode default.
 
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
@@ -34,34 +33,34 @@ std::string RootProfile(const std::string& designator)
 }
 
 const std::string kMismatch = "Different profile specified in XML and TS Descriptor/Mpd.";
-const std::string kRefusedImsc0 = "IMSC 1 profile 0 is not supported yet";
-const std::string kRefusedImsc1 = "IMSC 1 profile 1 is not supported yet";
 
 const ResolutionCase kCases[] = {
-    {"TransportImageIsUsedWithoutLookingAtTheDocument", 1, 1, "", Conforms({kEbu}), 1, TTML::ERR_NOT_SUPPORTED,
-     {kRefusedImsc1, "Unable to create parsing profile!!!"},
+    // The default document's div has no begin, so the image walk refuses it;
+    // what matters is that the image walker, not the EBU-TT-D one, saw it.
+    {"TransportImageIsUsedWithoutLookingAtTheDocument", 1, 1, "", Conforms({kEbu}), 1, TTML::ERR_INVALID,
+     {"begin/end/showBG attributes not found in the map."},
      {kMismatch, "Profile found in xml", "Using profile given"}},
     {"TransportEbuWithImscTextDeclarationWarnsAndUsesTheDocument", 2, 1, "", Conforms({kImscText}), 0,
-     TTML::ERR_NOT_SUPPORTED,
+     TTML::ERR_NONE,
      {"Different profile specified in XML and TS Descriptor/Mpd. profile=2, profileInXml=0",
-      "Using profile given in XML: 0", kRefusedImsc0},
+      "Using profile given in XML: 0"},
      {}},
     {"SameProfileInTransportAndDocumentDoesNotWarn", 2, 1, "", Conforms({kEbu}), 2, TTML::ERR_NONE,
      {"Using profile given in XML: 2"}, {kMismatch}},
-    {"NoDeclarationMode9DefaultsToImscText", -1, 9, "", "", 0, TTML::ERR_NOT_SUPPORTED,
+    {"NoDeclarationMode9DefaultsToImscText", -1, 9, "", "", 0, TTML::ERR_NONE,
      {"Profile found in xml=[]", "Un-recognized profile in subtitle data!",
-      "Using default profile as 0 in subtitle mode=9", kRefusedImsc0},
+      "Using default profile as 0 in subtitle mode=9"},
      {}},
     {"NoDeclarationMode1DefaultsToEbu", -1, 1, "", "", 2, TTML::ERR_NONE,
      {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
     {"UnknownTransportValueIsTreatedAsNone", 5, 1, "", "", 2, TTML::ERR_NONE,
      {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
-    {"UnknownTransportValueMode9", 5, 9, "", "", 0, TTML::ERR_NOT_SUPPORTED,
+    {"UnknownTransportValueMode9", 5, 9, "", "", 0, TTML::ERR_NONE,
      {"Using default profile as 0 in subtitle mode=9"}, {}},
     {"NegativeTransportValueIsTreatedAsNone", -7, 1, "", "", 2, TTML::ERR_NONE,
      {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
-    {"TransportTextWithoutDeclaration", 0, 1, "", "", 0, TTML::ERR_NOT_SUPPORTED,
-     {"Using profile given in TS/Mpd: 0", kRefusedImsc0}, {}},
+    {"TransportTextWithoutDeclaration", 0, 1, "", "", 0, TTML::ERR_NONE,
+     {"Using profile given in TS/Mpd: 0"}, {}},
     {"TransportEbuBeatsTheModeDefault", 2, 9, "", "", 2, TTML::ERR_NONE,
      {"Using profile given in TS/Mpd: 2"}, {"Using default profile"}},
     {"EbuUrnWithFurtherPartMatchesAsSubstring", 0, 1, RootProfile("urn:ebu:tt:distribution:2014-01:extra"), "", 2,
@@ -75,16 +74,16 @@ const ResolutionCase kCases[] = {
      {}},
     {"ImscDesignatorIsCaseSensitive", -1, 1, RootProfile("HTTP://www.w3.org/ns/ttml/profile/imsc1/text"), "", 2,
      TTML::ERR_NONE, {"Un-recognized profile in subtitle data!"}, {}},
-    {"ImscImageDesignatorOnTheRoot", -1, 1, RootProfile(kImscImage), "", 1, TTML::ERR_NOT_SUPPORTED,
-     {"Using profile given in XML: 1", kRefusedImsc1}, {}},
+    {"ImscImageDesignatorOnTheRoot", -1, 1, RootProfile(kImscImage), "", 1, TTML::ERR_INVALID,
+     {"Using profile given in XML: 1", "begin/end/showBG attributes not found in the map."}, {}},
     {"RootAttributeBeatsHeadDeclarations", -1, 9, RootProfile(kEbu), Conforms({kImscText}), 2, TTML::ERR_NONE,
      {"Using profile given in XML: 2"}, {}},
     {"HeadProfileElementUse", -1, 1, "", std::string("<ttp:profile use=\"") + kImscText + "\"/>", 0,
-     TTML::ERR_NOT_SUPPORTED, {"Using profile given in XML: 0"}, {}},
+     TTML::ERR_NONE, {"Using profile given in XML: 0"}, {}},
     {"HeadProfileElementBeatsMetadata", -1, 9, "", std::string("<ttp:profile use=\"") + kEbu + "\"/>" +
      Conforms({kImscText}), 2, TTML::ERR_NONE, {"Using profile given in XML: 2"}, {}},
     // The public EBU-TT-D samples declare EBU first and IMSC 1 text last.
-    {"LastConformsToStandardWins", -1, 1, "", Conforms({kEbu, kImscText}), 0, TTML::ERR_NOT_SUPPORTED,
+    {"LastConformsToStandardWins", -1, 1, "", Conforms({kEbu, kImscText}), 0, TTML::ERR_NONE,
      {"Profile found in xml=[http://www.w3.org/ns/ttml/profile/imsc1/text]"}, {}},
     {"LastConformsToStandardWinsEbu", -1, 9, "", Conforms({kImscText, kEbu}), 2, TTML::ERR_NONE,
      {"Using profile given in XML: 2"}, {}},
@@ -115,17 +114,29 @@ TEST_P(Resolution, ResolvesAndLogs)
 INSTANTIATE_TEST_SUITE_P(Parser, Resolution, ::testing::ValuesIn(kCases),
                          [](const ::testing::TestParamInfo<ResolutionCase>& info) { return info.param.name; });
 
-// Documents of different profiles never share a profile object; a refused
-// IMSC 1 document leaves the cached EBU-TT-D profile working.
-TEST(ResolutionCache, RefusedImscDocumentDoesNotDisturbEbu)
+// Documents of different profiles never share a profile object: an IMSC 1
+// text document between two EBU-TT-D ones leaves the cached EBU-TT-D profile
+// working, and a refused image document disturbs neither nor the next
+// image document.
+TEST(ResolutionCache, ProfilesAlternateWithoutDisturbingEachOther)
 {
     SyncParser p(1);
     DocParts imsc;
     imsc.head = Conforms({kImscText});
+    DocParts image;
+    image.head = Conforms({kImscImage});
+    DocParts timedImage = image;
+    timedImage.body = "<div region=\"r1\" begin=\"00:00:01.000\" end=\"00:00:02.000\"/>";
+    int resolved = -2;
     EXPECT_EQ(p.Run(MakeDoc()), TTML::ERR_NONE);
-    EXPECT_EQ(p.Run(MakeDoc(imsc)), TTML::ERR_NOT_SUPPORTED);
+    EXPECT_EQ(p.Run(MakeDoc(imsc), -1, &resolved), TTML::ERR_NONE);
+    EXPECT_EQ(resolved, 0);
+    EXPECT_EQ(p.Run(MakeDoc(image), -1, &resolved), TTML::ERR_INVALID);
+    EXPECT_EQ(resolved, 1);
+    EXPECT_EQ(p.Run(MakeDoc(timedImage)), TTML::ERR_NONE);
     EXPECT_EQ(p.Run(MakeDoc()), TTML::ERR_NONE);
-    EXPECT_EQ(p.delivered.Count(), 2u);
+    EXPECT_EQ(p.Run(MakeDoc(imsc)), TTML::ERR_NONE);
+    EXPECT_EQ(p.delivered.Count(), 5u);
 }
 
 }  // namespace

@@ -10,9 +10,13 @@
 //
 // Images named by smpte:backgroundImage that lie beside the document are
 // packed into the record's sub-sample data, as a source would send them, and
-// each reference is printed with its decoded size or why it has none.
+// each reference is printed with its decoded size or why it has none. A
+// document declaring the IMSC 1 image profile is sent with transport profile
+// 1 unless --profile says otherwise, and each image element shows the image
+// it carries.
 
 #include "CElement.h"
+#include "CImageData.h"
 #include "CParser.h"
 #include "CSubSampleBuilder.h"
 #include "CSubSampleImageUtil.h"
@@ -62,6 +66,8 @@ const char* const kElemNames[TTML::TTML_ELEM_COUNT] = {
     "tt",    "set",
 };
 
+const char kImageDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
+
 const char* ElemName(int type)
 {
     return (type >= 0 && type < TTML::TTML_ELEM_COUNT) ? kElemNames[type] : "unknown";
@@ -95,7 +101,8 @@ void Usage(FILE* out)
 {
     std::fprintf(out,
                  "usage: ttml-dump [--profile N] [--mode M] [--timestamp MS] [--segment BEGIN,END] [--json] FILE...\n"
-                 "  --profile N     transport profile: -1 none (default), 0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D\n"
+                 "  --profile N     transport profile: -1 none (default; 1 for documents declaring IMSC 1 image),\n"
+                 "                  0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D\n"
                  "  --mode M        subtitle mode bit set (default 1; 8 makes IMSC 1 text the default profile)\n"
                  "  --timestamp MS  time stamp handed with the document\n"
                  "  --segment B,E   segment begin and end in ms (begins are raised to B)\n"
@@ -357,6 +364,26 @@ std::string TextOf(const CElementSPTR& e)
     return text;
 }
 
+// An element's image: the reference it names and, when decoded, its size.
+struct ElementImage {
+    bool named = false;  // the element refers to an image
+    std::string reference;
+    std::shared_ptr<TTML::CImageData> image;
+};
+
+ElementImage ImageOf(const CElementSPTR& e)
+{
+    ElementImage r;
+    r.named = e->GetAttrValue(TTML::ATTR_BACKGROUNDIMAGE, r.reference);
+    if (e->IsImageProfile()) {
+        r.image = e->GetImageData();
+        r.named = true;
+        if (r.reference.empty() && r.image)
+            r.reference = r.image->GetReference();
+    }
+    return r;
+}
+
 std::string FormatDouble(double v)
 {
     char buf[64];
@@ -425,7 +452,20 @@ void PrintJson(const FileResult& r)
                     os << ':';
                     JsonString(os, kv.second);
                 }
-                os << "}}";
+                os << '}';
+                ElementImage im = ImageOf(e);
+                if (im.named) {
+                    os << ",\"image\":";
+                    if (im.image) {
+                        os << "{\"ref\":";
+                        JsonString(os, im.reference);
+                        os << ",\"width\":" << im.image->GetWidth() << ",\"height\":" << im.image->GetHeight()
+                           << '}';
+                    } else {
+                        os << "null";
+                    }
+                }
+                os << '}';
             }
             os << "]}";
         }
@@ -483,6 +523,12 @@ void PrintText(const FileResult& r, long long timeStamp)
                 line += std::string(line.empty() ? "" : " ") + TTML::kTTMLAttrKeys[kv.first] + "=" + kv.second;
             }
             std::printf("    %s\n", line.c_str());
+            ElementImage im = ImageOf(e);
+            if (im.named && im.image)
+                std::printf("    image %s: %ux%u\n", im.reference.c_str(), im.image->GetWidth(),
+                            im.image->GetHeight());
+            else if (im.named)
+                std::printf("    image %s: not decoded\n", im.reference.c_str());
         }
     }
     std::printf("lastEndTime: %llu\n\n", info->GetLastEndTime());
@@ -539,6 +585,9 @@ int main(int argc, char** argv)
                 PackImages(file, refs, pRecord->subSampleData);
                 r.images = CheckImages(refs, pRecord->subSampleData);
             }
+            // A source announces image documents through the transport.
+            if (opt.profile == -1 && pRecord->xmlData.find(kImageDesignator) != std::string::npos)
+                pRecord->profile = 1;
             WarningCollector collector;
             // The parser thread stays idle: nothing is queued, so the
             // record runs here through the same path a queued one takes.

@@ -1,6 +1,8 @@
 #include "CParser.h"
 
 #include "CEBUProfile.h"
+#include "CIMSC1ImageProfile.h"
+#include "CIMSCProfile.h"
 #include "CProfile.h"
 #include "CSubtitleInfo.h"
 #include "CXmlParser.h"
@@ -239,13 +241,13 @@ CProfile* CParser::m_GetParsingProfile(int transportProfile, int* pResolvedProfi
 
 CProfile* CParser::m_CreateProfile(int number)
 {
-    // The IMSC 1 walkers are not written yet; refusing here keeps such
-    // documents from being walked by the EBU-TT-D rules.
-    if (number == 0 || number == 1) {
-        TTML_WARN("IMSC 1 profile %d is not supported yet", number);
-        return nullptr;
-    }
-    CProfile* pParsingProfile = new (std::nothrow) CEBUProfile();
+    CProfile* pParsingProfile = nullptr;
+    if (number == 0)
+        pParsingProfile = new (std::nothrow) CIMSCProfile();
+    else if (number == 1)
+        pParsingProfile = new (std::nothrow) CIMSC1ImageProfile();
+    else
+        pParsingProfile = new (std::nothrow) CEBUProfile();
     TTML_ASSERT(pParsingProfile);
     return pParsingProfile;
 }

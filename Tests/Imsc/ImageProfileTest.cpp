@@ -1,0 +1,282 @@
+// IMSC 1 image documents through the parser task's per-document path: each
+// div becomes one timed element carrying the image its reference names in the
+// record's sub-sample data; a paragraph the walk reaches, or a div without
+// begin, refuses the document.
+
+#include "../Image/PngMaker.h"
+#include "../Parser/ParserTestUtil.h"
+#include "CIMSC1ImageProfile.h"
+#include "CImageData.h"
+#include "CSubSampleBuilder.h"
+#include "LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace TTML;
+using ParserTest::Deliveries;
+using ParserTest::MakeRecord;
+
+// r2 shows its background only while something is shown in it.
+const char kRegion[] = "<region xml:id=\"r1\" tts:origin=\"10px 10px\" tts:extent=\"100px 50px\"/>"
+                       "<region xml:id=\"r2\" tts:showBackground=\"whenActive\"/>";
+
+std::string ImageDoc(const std::string& body, const std::string& bodyAttrs = "",
+                     const std::string& layout = kRegion)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
+           " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\""
+           " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\" tts:extent=\"640px 480px\">"
+           "<head><layout>" +
+           layout + "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
+}
+
+// A timed div in region r1 naming `image` (no attribute when empty).
+std::string Div(const char* begin, const char* end, const std::string& image, const std::string& extra = "",
+                const std::string& children = "", const char* region = "r1")
+{
+    std::string div = std::string("<div region=\"") + region + "\"";
+    if (*begin)
+        div += std::string(" begin=\"") + begin + "\"";
+    if (*end)
+        div += std::string(" end=\"") + end + "\"";
+    if (!image.empty())
+        div += " smpte:backgroundImage=\"" + image + "\"";
+    div += " " + extra;
+    return children.empty() ? div + "/>" : div + ">" + children + "</div>";
+}
+
+std::string Truncated(const std::string& png)
+{
+    return png.substr(0, png.size() / 2);
+}
+
+// Every listed element as "begin-end:reference=WxH", or "begin-end:none"
+// when it carries no image, in interval order.
+std::string Describe(const CSubtitleInfo& info)
+{
+    std::string out;
+    for (const auto& key : ParserTest::Intervals(info)) {
+        std::list<CElementSPTR> elements;
+        info.GetElementListForInterval(key, elements);
+        for (const auto& e : elements) {
+            out += out.empty() ? "" : " ";
+            out += std::to_string(key.first) + "-" + std::to_string(key.second) + ":";
+            std::shared_ptr<CImageData> image = e->IsImageProfile() ? e->GetImageData() : nullptr;
+            if (image)
+                out += image->GetReference() + "=" + std::to_string(image->GetWidth()) + "x" +
+                       std::to_string(image->GetHeight());
+            else
+                out += "none";
+        }
+    }
+    return out;
+}
+
+struct ImageRun {
+    Deliveries delivered;
+    CParser parser;
+    int result = -1;
+    int resolved = -2;
+
+    ImageRun(const std::string& xml, const std::vector<CSubSampleBuilder::Entry>& images, int transport = 1)
+    {
+        parser.Initialize(1, &Deliveries::Callback, &delivered);
+        SubRawData* record = MakeRecord(xml, transport);
+        EXPECT_TRUE(images.empty() || CSubSampleBuilder::Build(images, record->subSampleData));
+        result = parser.ProcessRecord(record, &resolved);
+    }
+    ~ImageRun() { parser.Destroy(); }
+
+    CSubtitleInfo* Doc() { return delivered.docs.empty() ? nullptr : delivered.docs.back().get(); }
+};
+
+struct DivCase {
+    const char* name;
+    std::string body;
+    std::string bodyAttrs;
+    std::vector<CSubSampleBuilder::Entry> images;
+    int result;
+    std::string shown;                   // Describe() of the accepted document
+    std::vector<std::string> logged;     // messages containing these
+    std::vector<std::string> notLogged;  // no message contains these
+};
+
+void PrintTo(const DivCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+const std::string kSubs = "urn:mpeg:14496-30:subs:";
+const char kNotFound[] = " not found in the sub-sample data";
+const char kRefusedDiv[] = "begin/end/showBG attributes not found in the map.";
+const char kWhenActive[] = "Empty DIV found with BG as when active";
+const char kParagraph[] = "This shouldnot be executed, definitely its invalid document :)";
+
+const std::vector<CSubSampleBuilder::Entry> kTwo = {{"a.png", MakePng(4, 3)}, {"b.png", MakePng(7, 5)}};
+
+const DivCase kDivCases[] = {
+    {"SubSamplesByPosition", Div("1s", "2s", kSubs + "1") + Div("2s", "3s", kSubs + "2"), "", kTwo, ERR_NONE,
+     "1000-2000:1=4x3 2000-3000:2=7x5", {}, {kNotFound}},
+    {"FileNames", Div("1s", "2s", "b.png") + Div("1500ms", "2s", "img/a.png"), "", kTwo, ERR_NONE,
+     "1000-1500:b.png=7x5 1500-2000:b.png=7x5 1500-2000:img/a.png=4x3", {}, {kNotFound}},
+    // Only the part after the last colon of a urn counts, whatever precedes.
+    {"UrnAsksForTheLastPart", Div("1s", "2s", "urn:x:y:z:2"), "", kTwo, ERR_NONE, "1000-2000:2=7x5", {}, {}},
+    {"NonUrnReferencePassesUnchanged", Div("1s", "2s", "#img2") + Div("2s", "3s", "urnx:2"), "", kTwo, ERR_NONE,
+     "1000-2000:none 2000-3000:none",
+     {std::string("Image \"#img2\"") + kNotFound, std::string("Image \"urnx:2\"") + kNotFound}, {}},
+    {"SubSamplePastTheLastIsMissing", Div("1s", "2s", kSubs + "3") + Div("2s", "3s", kSubs + "1"), "", kTwo,
+     ERR_NONE, "1000-2000:none 2000-3000:1=4x3", {std::string("Image \"3\"") + kNotFound}, {}},
+    {"NoSubSampleDataAtAll", Div("1s", "2s", "a.png"), "", {}, ERR_NONE, "1000-2000:none",
+     {std::string("Image \"a.png\"") + kNotFound}, {}},
+    {"CorruptImageIsRefusedWithItsReason", Div("1s", "2s", "a.png") + Div("2s", "3s", "b.png"), "",
+     {{"a.png", Truncated(MakePng(4, 3))}, {"b.png", MakePng(7, 5)}}, ERR_NONE, "1000-2000:none 2000-3000:b.png=7x5",
+     {"Image \"a.png\" refused: "}, {}},
+    // showBackground applies to regions; the div takes its region's.
+    {"WhenActiveWithoutImageIsUntimed", Div("1s", "2s", "", "", "", "r2") + Div("3s", "4s", "a.png"), "", kTwo,
+     ERR_NONE, "3000-4000:a.png=4x3", {kWhenActive}, {}},
+    {"WhenActiveWithImageIsTimed", Div("1s", "2s", "a.png", "", "", "r2"), "", kTwo, ERR_NONE,
+     "1000-2000:a.png=4x3", {}, {kWhenActive}},
+    // Shows only its region's background for its interval.
+    {"AlwaysWithoutImageIsTimed", Div("1s", "2s", "") + Div("2s", "3s", "a.png"), "", kTwo, ERR_NONE,
+     "1000-2000:none 2000-3000:a.png=4x3", {}, {kWhenActive, kNotFound}},
+    {"MissingBeginWithoutAncestorRefuses", Div("", "2s", "a.png"), "", kTwo, ERR_INVALID, "", {kRefusedDiv}, {}},
+    {"MissingEndRefuses", Div("1s", "", "a.png"), "", kTwo, ERR_INVALID, "", {kRefusedDiv}, {}},
+    // The div's own times count from body's begin, which it also inherits.
+    {"BeginFromBody", Div("", "2s", "a.png"), "begin=\"1s\"", kTwo, ERR_NONE, "1000-3000:a.png=4x3", {},
+     {kRefusedDiv}},
+    {"ParagraphUnderBodyRefuses", Div("1s", "2s", "a.png") + "<p begin=\"2s\" end=\"3s\">text</p>", "", kTwo,
+     ERR_INVALID, "", {kParagraph}, {}},
+    // A div's children are never walked: neither its paragraph nor a nested
+    // div and its image.
+    {"ChildrenOfADivAreNotWalked",
+     Div("1s", "2s", "a.png", "", "<p>text</p>" + Div("1s", "2s", kSubs + "9")), "", kTwo, ERR_NONE,
+     "1000-2000:a.png=4x3", {}, {kParagraph, std::string("Image \"9\"")}},
+    // A set of body reaches the div, whose interval is split at it; the
+    // set's piece is a copy made before the image is attached.
+    {"SetPiecesCarryNoImage", "<set begin=\"2s\" end=\"3s\" tts:opacity=\"0.5\"/>" + Div("1s", "4s", "a.png"), "",
+     kTwo, ERR_NONE, "1000-2000:a.png=4x3 2000-3000:none 3000-4000:a.png=4x3", {}, {}},
+    // The div's own children, its sets included, are not walked.
+    {"SetInsideTheDivIsNotSeen", Div("1s", "4s", "a.png", "", "<set begin=\"2s\" end=\"3s\" tts:opacity=\"0.5\"/>"),
+     "", kTwo, ERR_NONE, "1000-4000:a.png=4x3", {}, {}},
+};
+
+class ImageDiv : public ::testing::TestWithParam<DivCase> {};
+
+TEST_P(ImageDiv, WalksIntoImageElements)
+{
+    const DivCase& c = GetParam();
+    LogCapture log;
+    ImageRun run(ImageDoc(c.body, c.bodyAttrs), c.images);
+    EXPECT_EQ(run.resolved, 1);
+    ASSERT_EQ(run.result, c.result) << log.Dump();
+    if (c.result == ERR_NONE) {
+        ASSERT_NE(run.Doc(), nullptr);
+        EXPECT_EQ(Describe(*run.Doc()), c.shown);
+    } else {
+        EXPECT_EQ(run.Doc(), nullptr);
+    }
+    for (const auto& part : c.logged)
+        EXPECT_TRUE(log.HasContaining(part)) << "missing: " << part << "\n" << log.Dump();
+    for (const auto& part : c.notLogged)
+        EXPECT_FALSE(log.HasContaining(part)) << "unexpected: " << part << "\n" << log.Dump();
+}
+
+INSTANTIATE_TEST_SUITE_P(Imsc, ImageDiv, ::testing::ValuesIn(kDivCases),
+                         [](const ::testing::TestParamInfo<DivCase>& info) { return info.param.name; });
+
+// Region attributes the image profile narrows (the parser hands the
+// profile number to the attribute checks): pixel extents only, horizontal
+// writing modes only; a dropped value leaves the default.
+struct RegionCase {
+    const char* name;
+    std::string regionAttrs;
+    int attr;
+    std::string value;
+};
+
+void PrintTo(const RegionCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+const RegionCase kRegionCases[] = {
+    {"PercentExtentIsDropped", "tts:extent=\"50% 20%\"", ATTR_EXTENT, "auto"},
+    {"PixelExtentIsKept", "tts:extent=\"64px 48px\"", ATTR_EXTENT, "64px 48px"},
+    {"VerticalWritingModeIsDropped", "tts:writingMode=\"tbrl\"", ATTR_WRITINGMODE, "lrtb"},
+    {"HorizontalWritingModeIsKept", "tts:writingMode=\"RL\"", ATTR_WRITINGMODE, "rl"},
+};
+
+class ImageRegion : public ::testing::TestWithParam<RegionCase> {};
+
+TEST_P(ImageRegion, NarrowsWhatTheDivTakesFromItsRegion)
+{
+    const RegionCase& c = GetParam();
+    ImageRun run(ImageDoc(Div("1s", "2s", "a.png"), "", "<region xml:id=\"r1\" " + c.regionAttrs + "/>"), kTwo);
+    ASSERT_EQ(run.result, ERR_NONE);
+    std::list<CElementSPTR> elements;
+    run.Doc()->GetElementListForInterval({1000, 2000}, elements);
+    ASSERT_EQ(elements.size(), 1u);
+    std::string value;
+    elements.front()->GetAttrValue(c.attr, value);
+    EXPECT_EQ(value, c.value);
+}
+
+INSTANTIATE_TEST_SUITE_P(Imsc, ImageRegion, ::testing::ValuesIn(kRegionCases),
+                         [](const ::testing::TestParamInfo<RegionCase>& info) { return info.param.name; });
+
+// The util lives for one document: the next document's references reach its
+// own sub-sample data, and the elements keep their images after the walk.
+TEST(ImageProfile, EachDocumentUsesItsOwnSubSamples)
+{
+    Deliveries delivered;
+    CParser parser;
+    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+    const std::vector<std::vector<CSubSampleBuilder::Entry>> data = {
+        {{"x.png", MakePng(4, 3)}}, {{"x.png", MakePng(9, 2)}}, {}};
+    for (const auto& images : data) {
+        SubRawData* record = MakeRecord(ImageDoc(Div("1s", "2s", kSubs + "1")), 1);
+        if (!images.empty()) {
+            ASSERT_TRUE(CSubSampleBuilder::Build(images, record->subSampleData));
+        }
+        EXPECT_EQ(parser.ProcessRecord(record), ERR_NONE);
+    }
+    parser.Destroy();
+    ASSERT_EQ(delivered.docs.size(), 3u);
+    EXPECT_EQ(Describe(*delivered.docs[0]), "1000-2000:1=4x3");
+    EXPECT_EQ(Describe(*delivered.docs[1]), "1000-2000:1=9x2");
+    EXPECT_EQ(Describe(*delivered.docs[2]), "1000-2000:none");
+}
+
+// Direct calls that the parser never makes but that must not crash.
+class ExposedImageProfile : public CIMSC1ImageProfile {
+public:
+    using CIMSC1ImageProfile::t_HandlePElement;
+};
+
+TEST(ImageProfile, RefusesMissingInputs)
+{
+    ExposedImageProfile profile;
+    ASSERT_TRUE(profile.Initialize());
+    profile.SetProfile(1);
+    LogCapture log;
+    CProfile::TTMLProfileData noRecord;
+    EXPECT_EQ(profile.ProcessSubtitles(nullptr), ERR_NULL_POINTER);
+    EXPECT_EQ(profile.ProcessSubtitles(&noRecord), ERR_NULL_POINTER);
+    EXPECT_EQ(log.Count("Invalid parameters"), 2);
+
+    CElementSPTR none;
+    EXPECT_EQ(profile.t_HandlePElement(nullptr, none, none), ERR_NULL_POINTER);
+    EXPECT_TRUE(log.Has("NULL pointer"));
+    profile.Reset();
+    profile.Destroy();
+}
+
+}  // namespace
