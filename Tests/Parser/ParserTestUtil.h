@@ -109,10 +109,12 @@ inline std::string TextsIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo:
     std::list<TTML::CElementSPTR> elements;
     info.GetElementListForInterval(interval, elements);
     std::string out;
+    bool first = true;
     for (const auto& e : elements) {
         std::string t;
         e->GetAttrValue(TTML::ATTR_TEXT, t);
-        out += (out.empty() ? "" : "|") + t;
+        out += (first ? "" : "|") + t;
+        first = false;
     }
     return out;
 }
