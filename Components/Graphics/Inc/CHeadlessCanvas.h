@@ -1,6 +1,8 @@
 #ifndef TTML_GRAPHICS_CHEADLESSCANVAS_H
 #define TTML_GRAPHICS_CHEADLESSCANVAS_H
 
+#include "CCanvasWindow.h"
+
 #include <Ecore_Evas.h>
 
 #include <string>
@@ -10,6 +12,7 @@ namespace TTML {
 // An off-screen canvas for tools and tests: an Ecore-Evas buffer with a base
 // layout box on layer 6 covering it, as the gadget makes it on the TV.
 // Holds an Ecore-Evas reference from Initialize to Destroy. Main loop thread.
+// A window showing the canvas can be opened when an X11 display is there.
 class CHeadlessCanvas {
 public:
     CHeadlessCanvas() = default;
@@ -21,6 +24,11 @@ public:
     // size is not positive.
     bool Initialize(int width = 1920, int height = 1080);
     void Destroy();
+
+    // Shows the canvas in an X11 window as well (see CCanvasWindow); false,
+    // with a log line, when there is no display. Drawing is unchanged.
+    bool ShowWindow();
+    CCanvasWindow& GetWindow() { return m_window; }
 
     Ecore_Evas* GetEcoreEvas() const { return m_pEcoreEvas; }
     Evas* GetEvas() const;
@@ -44,6 +52,7 @@ private:
     const unsigned int* m_Render();
 
     Ecore_Evas* m_pEcoreEvas = nullptr;
+    CCanvasWindow m_window;
     Evas_Object* m_pBaseLayout = nullptr;
     int m_width = 0;
     int m_height = 0;

@@ -79,11 +79,21 @@ void CHeadlessCanvas::Destroy()
 {
     if (!m_pEcoreEvas)
         return;
+    m_window.Close();
     DeleteBaseLayout();
     ecore_evas_free(m_pEcoreEvas);
     m_pEcoreEvas = nullptr;
     m_width = m_height = 0;
     ecore_evas_shutdown();
+}
+
+bool CHeadlessCanvas::ShowWindow()
+{
+    if (!m_pEcoreEvas) {
+        TTML_WARN("No canvas to show");
+        return false;
+    }
+    return m_window.Open(m_pEcoreEvas);
 }
 
 Evas* CHeadlessCanvas::GetEvas() const
