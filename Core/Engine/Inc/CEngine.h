@@ -2,22 +2,36 @@
 #define TTML_ENGINE_CENGINE_H
 
 #include "CTask.h"
+#include "CTimerManager.h"
 
 #include <atomic>
+#include <list>
 
 namespace TTML {
 
+class CGraphicsEngine;
+class CRenderingData;
+class CSubtitleInfo;
+class CTimerData;
 class IGraphics;
+class IMutex;
+struct SubtitleRenderingInfo;
 
-// Stand-in until the presentation engine lands: counts and frees documents.
-// It keeps the engine's public operations, its worker thread ("Engine") and
-// its one-live-engine rule, so the controller drives it as it will drive the
-// real one; documents are freed on the engine thread without being shown.
+// The presentation engine. Its worker thread ("Engine") cuts each parsed
+// document into one rendering record per time interval, each with a
+// renderer, and files them in the rendering schedule; one timer, armed for
+// the earliest time in the schedule, draws and removes them on the UI main
+// loop in step with the media time. Playback notifications and caption menu
+// changes are carried out on the main loop.
 //
 // Ownership: a document given to AddToQueue belongs to the engine, which
-// deletes it exactly once (processed, or dropped by Reset or Destroy).
-// Threads: Initialize and Destroy on the main loop; AddToQueue from the
-// parser thread; the notifications (Start .. Reset) from the source thread.
+// deletes it exactly once (kept as the current document or in the band-mode
+// list until replaced, reset or destroyed, or dropped unread). The graphics
+// object is the controller's.
+// Threads: construction, Initialize and Destroy on the main loop (Destroy
+// also from another thread while the main loop runs); AddToQueue from the
+// parser thread; Start .. Reset from the source thread: they only post.
+// Lock order: rendering mutex, then the timer manager's mutex.
 class CEngine : public CTask {
 public:
     // pGraphics: the controller's graphics object, not owned.
@@ -27,30 +41,42 @@ public:
     CEngine(const CEngine&) = delete;
     CEngine& operator=(const CEngine&) = delete;
 
-    // subtitleMode: the source's bit set. False with "Already created" while
-    // another engine of the process is initialised, and without graphics.
+    // subtitleMode: the source's bit set (2: font-scale flag of every
+    // renderer; 64: resynchronise with the media time on every expiry).
+    // False with "Already created" while an engine of the process is
+    // initialised, and without graphics.
     bool Initialize(int subtitleMode);
-    // Takes a CSubtitleInfo (allocated with new). The engine owns it from
-    // here on. False only for null, which is refused.
+    // Takes a CSubtitleInfo (allocated with new); the engine owns it from
+    // here on. Null is refused (it would end the worker) and gives false.
     bool AddToQueue(void* pSubtitleInfo);
     // bandMode: documents arrive as in-band segments.
     bool Start(bool bandMode);
     bool Pause();
     bool Resume();
+    // Position in ms on the document timeline.
     void SeekStart(long long milliseconds);
     void SeekCompleted();
-    // Drops every queued document (freed unread).
+    // Empties queue, schedule and kept documents; the engine stays usable.
     void Reset();
-    // Drops every queued document and ends the thread.
+    // Ends the thread and frees everything; waits for the main loop.
     void Destroy();
+
+    // Tests and tools: the renderer factory, to see what was created,
+    // drawn and destroyed. Owned by the engine; null never.
+    CGraphicsEngine* GetGraphicsEngine() const { return m_pGraphicsEngine; }
+    // Tests and tools: where the timer reads the media time (null: the
+    // core controller). Set before documents arrive.
+    void SetMediaTimeSource(CTimerManager::MediaTimeSource source, void* pUser);
 
     // Tests: what every engine of the process has been asked, since the
     // last ClearCounters. Any thread.
     struct Counters {
         int documentsQueued = 0;
-        int documentsProcessed = 0;  // freed after being read on the engine thread
-        int documentsDropped = 0;    // freed unread by Reset or Destroy
-        int intervals = 0;           // distinct (begin, end) pairs of processed documents
+        int documentsReplayed = 0;   // queued again by a seek out of band
+        // Each queued or replayed document ends up processed or dropped once.
+        int documentsProcessed = 0;  // read on the engine thread and scheduled
+        int documentsDropped = 0;    // freed unread (reset, destroy)
+        int intervals = 0;           // distinct (begin, end) pairs of queued documents
         int starts = 0;
         bool lastBandMode = false;
         int pauses = 0;
@@ -60,18 +86,73 @@ public:
         int seekCompletes = 0;
         int resets = 0;
         int destroys = 0;
-        int subtitleMode = -1;       // of the last successful Initialize
+        int subtitleMode = -1;  // of the last successful Initialize
     };
     static Counters GetCounters();
     static void ClearCounters();
 
 private:
+    // Tests reach the request table through it.
+    friend class EngineTestPeer;
+
+    // One request for the main loop.
+    struct MainLoopThreadSafCallData {
+        int m_MsgId = -1;
+        void* m_pData = nullptr;
+        CEngine* m_pEngine = nullptr;
+    };
+
+    // Nonzero when the request did not run (then data is still the caller's).
+    int m_DoMainLoopThreadSafeCall(void* pData, int msgId, bool sync);
+    static void* m_MainLoopThreadSafeCall_Cb(void* pData);
+    // A queued asynchronous request dropped by the stop state.
+    static void m_DropMainLoopCall_Cb(void* pData);
+
+    // Engine thread.
     void m_ProcessQueue(void* pData);
+    void m_ManageSubtitle(SubtitleRenderingInfo* pRenderingData);
+    // Destroys the renderer and deletes the record.
+    void m_DeleteRecord(SubtitleRenderingInfo* pRecord);
+
+    // Main loop handlers of the request table.
+    void m_Destroy();
+    void m_Reset();
+    void m_AddSubtitleData(SubtitleRenderingInfo* pSubData);
+    void m_Pause();
+    void m_Resume();
+    void m_Seek(long long* pPosition);
+    void m_SeekCompleted();
+    void m_UpdateCurrentSubtitle();
+
+    // Main loop, timer side.
+    bool m_SyncNextSubtitle();
+    static unsigned char m_OnTimer_Cb(void* pData);
+    bool m_OnViewUpdate(CTimerData* pTimerData);
+    void m_OnTextRender(SubtitleRenderingInfo* pRenderingInfo);
+    void m_OnTextRemove(SubtitleRenderingInfo* pRenderingInfo);
+    void m_RemoveTimerAndData();
+    void m_DestroySubtitleInfo(bool all, unsigned long long time);
+
+    // Thread of the menu notification.
     static void m_OnMenuUpdateCb(void* pData);
 
-    IGraphics* m_pGraphics;  // not owned
+    IGraphics* m_pGraphics;             // not owned
+    CTimerManager* m_pTimerManager;     // owned
+    CGraphicsEngine* m_pGraphicsEngine; // owned
     int m_subtitleMode;
-    bool m_bOwnsCreated;  // this object is the initialised one
+    bool m_bSeekPending;
+    unsigned long long m_seekPosition;  // ms
+    IMutex* m_pSeekMutex;               // owned; guards the two above
+    CSubtitleInfo* m_pSubtitleInfo;     // out of band only; owned
+    std::list<CSubtitleInfo*> m_subtitleInfoList;  // band mode only; owned
+    bool m_bOutOfBand;
+    IMutex* m_pSubtitleInfoMutex;       // owned; guards the three above
+    CRenderingData* m_pRenderingData;   // owned
+    // Records whose request never reached the main loop (stop state); they
+    // are deleted there, with the schedule, so renderers die on the main loop.
+    std::list<SubtitleRenderingInfo*> m_unscheduled;
+    IMutex* m_pRenderingMutex;          // owned; guards the schedule and the list above
+    std::atomic<bool> m_bInitialized;   // this object holds m_bCreated
 
     // One initialised engine per process.
     static std::atomic<bool> m_bCreated;

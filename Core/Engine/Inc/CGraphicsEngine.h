@@ -3,6 +3,7 @@
 
 #include "CElement.h"
 
+#include <cstddef>
 #include <list>
 #include <string>
 #include <vector>
@@ -34,7 +35,17 @@ public:
         EventKind kind;
         int serial;            // creation number of the renderer, from 1
         std::size_t elements;  // size of its element list
+        long long steadyNs;    // std::chrono::steady_clock when the call was made, ns
+        // Document time (ms) during which all of the renderer's elements are
+        // shown: the latest begin and earliest end of the elements carrying
+        // both; 0 and 0 when none does. Contains the record's interval.
+        unsigned long long begin;
+        unsigned long long end;
     };
+    // Sees every event of every graphics engine as it is recorded, on the
+    // thread making the call, with that engine's mutex held: it must not
+    // call back into a graphics engine. pUser is what SetObserver was given.
+    typedef void (*EventObserver)(const Event& event, void* pUser);
 
     // pGraphics: the controller's graphics object, not owned; may be null
     // for the stand-in.
@@ -58,6 +69,10 @@ public:
     IGraphics* GetGraphics() const { return m_pGraphics; }
 
     // Test controls and records.
+    // One observer for the process (null removes it); once this returns the
+    // previous observer is not called again. Lets a tool or test follow the
+    // renderers of an engine it cannot reach (the controller's).
+    static void SetObserver(EventObserver observer, void* pUser);
     void SetFlashing(bool enabled);  // applies to renderers created afterwards
     std::vector<Event> GetEvents() const;
     int Count(EventKind kind) const;
@@ -73,6 +88,8 @@ public:
 
 private:
     bool m_IsLive(const CRenderer* pRenderer) const;
+    // Appends the event and shows it to the observer; mutex held.
+    void m_Record(EventKind kind, const CRenderer* pRenderer);
 
     IGraphics* m_pGraphics;  // not owned
     IMutex* m_pMutex;

@@ -5,6 +5,9 @@
 #include "TTMLLog.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <mutex>
 #include <new>
 
 namespace TTML {
@@ -12,14 +15,57 @@ namespace TTML {
 class CRenderer {
 public:
     CRenderer(int serial, const std::list<CElementSPTR>& elements, bool fontScale, bool flashing)
-        : m_serial(serial), m_elements(elements), m_bFontScale(fontScale), m_bFlashing(flashing)
+        : m_serial(serial), m_elements(elements), m_bFontScale(fontScale), m_bFlashing(flashing),
+          m_begin(0), m_end(0)
     {
+        // Worked out once here so that recording a drawing stays cheap.
+        bool timed = false;
+        for (const CElementSPTR& element : m_elements) {
+            std::string begin;
+            std::string end;
+            if (!element || !element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end))
+                continue;
+            unsigned long long b = std::strtoull(begin.c_str(), nullptr, 10);
+            unsigned long long e = std::strtoull(end.c_str(), nullptr, 10);
+            m_begin = timed ? std::max(m_begin, b) : b;
+            m_end = timed ? std::min(m_end, e) : e;
+            timed = true;
+        }
     }
     int m_serial;
     std::list<CElementSPTR> m_elements;
     bool m_bFontScale;
     bool m_bFlashing;
+    unsigned long long m_begin;
+    unsigned long long m_end;
 };
+
+namespace {
+
+std::mutex g_observerLock;
+CGraphicsEngine::EventObserver g_pObserver = nullptr;
+void* g_pObserverUser = nullptr;
+
+}  // namespace
+
+void CGraphicsEngine::SetObserver(EventObserver observer, void* pUser)
+{
+    std::lock_guard<std::mutex> guard(g_observerLock);
+    g_pObserver = observer;
+    g_pObserverUser = pUser;
+}
+
+void CGraphicsEngine::m_Record(EventKind kind, const CRenderer* pRenderer)
+{
+    const long long now =
+        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+            .count();
+    m_events.push_back(Event{kind, pRenderer->m_serial, pRenderer->m_elements.size(), now, pRenderer->m_begin,
+                             pRenderer->m_end});
+    std::lock_guard<std::mutex> guard(g_observerLock);
+    if (g_pObserver)
+        g_pObserver(m_events.back(), g_pObserverUser);
+}
 
 CGraphicsEngine::CGraphicsEngine(IGraphics* pGraphics)
     : m_pGraphics(pGraphics), m_pMutex(nullptr), m_bFlashing(false), m_nextSerial(1), m_rejected(0),
@@ -60,7 +106,7 @@ CRenderer* CGraphicsEngine::CreateRenderer(const std::list<CElementSPTR>* pEleme
         new (std::nothrow) CRenderer(m_nextSerial++, *pElementList, fontScaleFlag, m_bFlashing);
     TTML_ASSERT(pRenderer);
     m_live.push_back(pRenderer);
-    m_events.push_back(Event{RENDERER_CREATED, pRenderer->m_serial, pRenderer->m_elements.size()});
+    m_Record(RENDERER_CREATED, pRenderer);
     return pRenderer;
 }
 
@@ -76,7 +122,7 @@ int CGraphicsEngine::RenderText(CRenderer* pRenderer)
         ++m_rejected;
         return 0;
     }
-    m_events.push_back(Event{RENDERER_DRAWN, pRenderer->m_serial, pRenderer->m_elements.size()});
+    m_Record(RENDERER_DRAWN, pRenderer);
     return 1;
 }
 
@@ -105,7 +151,7 @@ void CGraphicsEngine::DestroyRenderer(CRenderer* pRenderer)
         return;
     }
     m_live.erase(it);
-    m_events.push_back(Event{RENDERER_DESTROYED, pRenderer->m_serial, pRenderer->m_elements.size()});
+    m_Record(RENDERER_DESTROYED, pRenderer);
     delete pRenderer;
 }
 

@@ -44,6 +44,9 @@ public:
     void RegisterMenuChangeNotify(MenuChangeCallback fn, void* pUserData);
     // The removed listener's user data, or null with a warning when fn is unknown.
     void* UnRegisterMenuChangeNotify(MenuChangeCallback fn);
+    // Tests: calls every listener, as a caption division change does. Not
+    // recorded. Must not overlap a registration change.
+    void NotifyMenuChange();
 
     // Tests: every call made on any instance since the last TakeCalls, in
     // order, as "Name(argument)" ("Destroy()" included); survives Destroy.

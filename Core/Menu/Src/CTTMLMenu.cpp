@@ -81,6 +81,16 @@ void* CTTMLMenu::UnRegisterMenuChangeNotify(MenuChangeCallback fn)
     return pUserData;
 }
 
+void CTTMLMenu::NotifyMenuChange()
+{
+    for (const auto& listener : m_listeners) {
+        if (listener.first) {
+            TTML_INFO("Notify menu changes!");
+            listener.first(listener.second);
+        }
+    }
+}
+
 std::vector<std::string> CTTMLMenu::TakeCalls()
 {
     std::lock_guard<std::mutex> guard(g_callLock);

@@ -1,0 +1,555 @@
+// The presentation engine on a real Ecore main loop against a media clock
+// running in real time: what is drawn and removed, and when, through the
+// graphics engine's records.
+#include "../Graphics/MainLoopFixture.h"
+
+#include "CEngine.h"
+#include "CGraphicsEngine.h"
+#include "CMainThreadUtils.h"
+#include "CMediaClock.h"
+#include "CSubtitleInfo.h"
+#include "CTTMLMenu.h"
+#include "LogCapture.h"
+#include "TTMLAttr.h"
+#include "TTMLElem.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace TTML {
+
+// Reaches the engine's request table, which has no public door.
+class EngineTestPeer {
+public:
+    static int Call(CEngine& engine, int msgId, bool sync)
+    {
+        return engine.m_DoMainLoopThreadSafeCall(nullptr, msgId, sync);
+    }
+};
+
+}  // namespace TTML
+
+using namespace TTML;
+
+namespace {
+
+typedef std::pair<unsigned long long, unsigned long long> Span;
+
+// How often each document was deleted, by document number.
+class Ledger {
+public:
+    int Open()
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_freed.push_back(0);
+        return static_cast<int>(m_freed.size()) - 1;
+    }
+    void Freed(int id)
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        ++m_freed[static_cast<std::size_t>(id)];
+    }
+    std::vector<int> Counts()
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        return m_freed;
+    }
+
+private:
+    std::mutex m_lock;
+    std::vector<int> m_freed;
+};
+
+// Untimed, so only its document holds it: it goes when the document does.
+class Sentinel : public CElement {
+public:
+    Sentinel(Ledger* pLedger, int id) : CElement(ELEM_METADATA), m_pLedger(pLedger), m_id(id) {}
+    ~Sentinel() override { m_pLedger->Freed(m_id); }
+
+private:
+    Ledger* m_pLedger;
+    int m_id;
+};
+
+// One paragraph per span; spans that do not overlap become intervals of
+// their own, so a renderer's recorded begin and end name its interval.
+CSubtitleInfo* MakeDocument(Ledger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
+{
+    CSubtitleInfo* pInfo = new CSubtitleInfo();
+    CElementSPTR sentinel = std::make_shared<Sentinel>(&ledger, ledger.Open());
+    pInfo->AddElement(0, 0, sentinel);
+    for (const Span& span : spans) {
+        CElementSPTR p = std::make_shared<CElement>(ELEM_P);
+        p->AddAttrValue(ATTR_BEGIN, std::to_string(span.first));
+        p->AddAttrValue(ATTR_END, std::to_string(span.second));
+        pInfo->AddElement(span.first, span.second, p);
+    }
+    pInfo->SetTimeStamp(timeStamp);
+    pInfo->SplitSubtitleInfoData();
+    return pInfo;
+}
+
+class EngineLoop : public MainLoopTest {
+public:
+    void SetUp() override
+    {
+        MainLoopTest::SetUp();
+        m_pEngine = new CEngine(m_pGraphics);
+        m_pEngine->SetMediaTimeSource(Clock_Cb, &m_clock);
+    }
+
+    void TearDown() override
+    {
+        if (m_pEngine) {
+            m_pEngine->Destroy();
+            delete m_pEngine;
+            m_pEngine = nullptr;
+        }
+        CTTMLMenu::Destroy();
+        MainLoopTest::TearDown();
+    }
+
+    void Init(int mode = 0, bool bandMode = false)
+    {
+        ASSERT_TRUE(m_pEngine->Initialize(mode));
+        ASSERT_TRUE(m_pEngine->Start(bandMode));
+    }
+
+    static bool Clock_Cb(void* pUser, long long* pTime)
+    {
+        long long now = 0;
+        if (!static_cast<CMediaClock*>(pUser)->Now(now))
+            return false;
+        *pTime = now;
+        return true;
+    }
+
+    // Runs the loop until done() holds (polled on the loop every 5 ms). The
+    // media clock starts at the first poll, so that a slow start of the loop
+    // on a busy machine does not eat into the documents' intervals.
+    bool RunUntil(std::function<bool()> done, double softLimitSeconds = 5.0)
+    {
+        m_done = std::move(done);
+        Ecore_Timer* pPoll = ecore_timer_add(0.005, Poll_Cb, this);
+        bool quit = RunLoop(softLimitSeconds);
+        if (!quit)
+            ecore_timer_del(pPoll);
+        return quit;
+    }
+
+    // Runs fn on the loop once the media clock reaches atMs.
+    void At(long long atMs, std::function<void()> fn) { m_scheduled.push_back({atMs, std::move(fn), false}); }
+
+    long long MediaNow()
+    {
+        long long now = 0;
+        m_clock.Now(now);
+        return now;
+    }
+
+    // "D<begin>" drawn, "R<begin>" removed (renderer destroyed), in order.
+    std::vector<std::string> Trace()
+    {
+        std::vector<std::string> trace;
+        for (const CGraphicsEngine::Event& e : m_pEngine->GetGraphicsEngine()->GetEvents()) {
+            if (e.kind == CGraphicsEngine::RENDERER_DRAWN)
+                trace.push_back("D" + std::to_string(e.begin));
+            else if (e.kind == CGraphicsEngine::RENDERER_DESTROYED)
+                trace.push_back("R" + std::to_string(e.begin));
+        }
+        return trace;
+    }
+
+    // Wall-clock ms since Init of each event of a kind.
+    std::vector<long long> Times(CGraphicsEngine::EventKind kind)
+    {
+        const long long origin =
+            std::chrono::duration_cast<std::chrono::nanoseconds>(m_start.time_since_epoch()).count();
+        std::vector<long long> times;
+        for (const CGraphicsEngine::Event& e : m_pEngine->GetGraphicsEngine()->GetEvents())
+            if (e.kind == kind)
+                times.push_back((e.steadyNs - origin) / 1000000);
+        return times;
+    }
+
+    CEngine* m_pEngine = nullptr;
+    CMediaClock m_clock;
+    std::chrono::steady_clock::time_point m_start;
+    Ledger m_ledger;
+
+private:
+    struct Scheduled {
+        long long atMs;
+        std::function<void()> fn;
+        bool done;
+    };
+
+    static Eina_Bool Poll_Cb(void* data)
+    {
+        EngineLoop* pSelf = static_cast<EngineLoop*>(data);
+        if (pSelf->m_clock.IsStopped()) {
+            pSelf->m_clock.Start();
+            pSelf->m_start = std::chrono::steady_clock::now();
+        }
+        const long long now = pSelf->MediaNow();
+        for (Scheduled& s : pSelf->m_scheduled) {
+            if (!s.done && now >= s.atMs) {
+                s.done = true;
+                s.fn();
+            }
+        }
+        if (pSelf->m_done && pSelf->m_done()) {
+            Quit();
+            return ECORE_CALLBACK_CANCEL;
+        }
+        return ECORE_CALLBACK_RENEW;
+    }
+
+    std::function<bool()> m_done;
+    std::vector<Scheduled> m_scheduled;
+};
+
+// --- Schedules played in real time --------------------------------------------------
+
+struct QueuedDocument {
+    long long atMs;  // media time at which it is queued
+    std::vector<Span> spans;
+};
+
+struct PlayCase {
+    const char* name;
+    std::vector<QueuedDocument> documents;
+    std::vector<std::string> trace;    // expected draws and removals, in order
+    std::vector<const char*> logs;     // messages that must appear
+};
+
+void PrintTo(const PlayCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class Play : public EngineLoop, public ::testing::WithParamInterface<PlayCase> {};
+
+TEST_P(Play, DrawsAndRemovesInOrder)
+{
+    const PlayCase& c = GetParam();
+    LogCapture log;
+    Init();
+    for (const QueuedDocument& d : c.documents) {
+        At(d.atMs, [this, &d] { ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, d.spans))); });
+    }
+    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= c.trace.size(); }));
+    EXPECT_EQ(c.trace, Trace()) << log.Dump();
+    for (const char* message : c.logs)
+        EXPECT_TRUE(log.Has(message)) << message;
+    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetRejectedCount());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Engine, Play,
+    ::testing::Values(
+        // One expiry removes one and draws the next.
+        PlayCase{"BackToBack",
+                 {{0, {{100, 200}, {200, 300}, {300, 400}}}},
+                 {"D100", "R100", "D200", "R200", "D300", "R300"},
+                 {}},
+        // The second document starts inside the first: the first ends there.
+        PlayCase{"OverlappingDocuments",
+                 {{0, {{100, 500}}}, {150, {{250, 350}}}},
+                 {"D100", "R100", "D250", "R250"},
+                 {"Restricting previous subtitle endTime(500) till the beginTime(250) of new."}},
+        // A later document is filed from the engine thread; the armed timer reaches it.
+        PlayCase{"LaterDocument",
+                 {{0, {{100, 250}}}, {150, {{300, 380}}}},
+                 {"D100", "R100", "D300", "R300"},
+                 {"Data added through worker thread!"}},
+        // Queued at 200 ms: the first interval is over, the second is shown at once.
+        PlayCase{"LateIntervals",
+                 {{200, {{20, 80}, {120, 300}, {350, 420}}}},
+                 {"R20", "D120", "R120", "D350", "R350"},
+                 {"Current time is greater than the end time of subtitle; returning!!!"}}),
+    [](const ::testing::TestParamInfo<PlayCase>& info) { return std::string(info.param.name); });
+
+TEST_F(EngineLoop, RemovalFollowsTheMediaClockNotTheDocumentOrder)
+{
+    Init();
+    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{100, 250}, {400, 500}})); });
+    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 4; }));
+    std::vector<long long> drawn = Times(CGraphicsEngine::RENDERER_DRAWN);
+    ASSERT_EQ(2u, drawn.size());
+    // Generous upper bounds: the machine is shared.
+    EXPECT_GE(drawn[0], 95);
+    EXPECT_LT(drawn[0], 200);
+    EXPECT_GE(drawn[1], 395);
+    EXPECT_LT(drawn[1], 500);
+}
+
+// --- Pause and seek ---------------------------------------------------------------
+
+TEST_F(EngineLoop, PauseHoldsWhatIsShownUntilResume)
+{
+    Init();
+    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 250}})); });
+    // Paused at 100 ms for 400 ms of wall time, well past the end of the interval.
+    std::function<void()> resume = [this] {
+        m_clock.Resume();
+        m_pEngine->Resume();
+    };
+    At(100, [this, &resume] {
+        m_clock.Pause();
+        m_pEngine->Pause();
+        After(0.4, &resume);
+    });
+    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 2; }));
+    EXPECT_EQ((std::vector<std::string>{"D50", "R50"}), Trace());
+    std::vector<long long> removed = Times(CGraphicsEngine::RENDERER_DESTROYED);
+    ASSERT_EQ(1u, removed.size());
+    // 100 ms before the pause, 400 ms paused, 150 ms after: about 650.
+    EXPECT_GE(removed[0], 600);
+    EXPECT_LT(removed[0], 900);
+}
+
+TEST_F(EngineLoop, SeekOutOfBandReplaysFromTheIntervalHoldingThePosition)
+{
+    LogCapture log;
+    Init();
+    At(0, [this] {
+        m_pEngine->AddToQueue(
+            MakeDocument(m_ledger, {{50, 150}, {150, 250}, {250, 350}, {350, 450}, {450, 550}, {550, 650}}));
+    });
+    At(100, [this] {
+        m_clock.Seek(390);
+        m_pEngine->SeekStart(390);
+        m_pEngine->SeekCompleted();
+    });
+    ASSERT_TRUE(RunUntil([&] { return MediaNow() >= 700; }));
+    std::vector<std::string> drawn;
+    for (const std::string& t : Trace())
+        if (t[0] == 'D')
+            drawn.push_back(t);
+    EXPECT_EQ((std::vector<std::string>{"D50", "D350", "D450", "D550"}), drawn) << log.Dump();
+    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    EXPECT_EQ(std::vector<int>{0}, m_ledger.Counts()) << "the replayed document is still kept";
+}
+
+TEST_F(EngineLoop, BandModeFreesEndedSegmentsBeyondTheLastTwo)
+{
+    Init(0, true);
+    At(0, [this] {
+        for (unsigned long long begin : {100ULL, 150ULL, 200ULL, 250ULL})
+            m_pEngine->AddToQueue(MakeDocument(m_ledger, {{begin, begin + 50}}));
+    });
+    ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DESTROYED) == 4; }));
+    // Removing the first two records found more than two segments kept.
+    EXPECT_EQ((std::vector<int>{1, 1, 0, 0}), m_ledger.Counts());
+    m_pEngine->Destroy();
+    EXPECT_EQ((std::vector<int>{1, 1, 1, 1}), m_ledger.Counts());
+}
+
+// --- Reset and destroy against a blocked engine thread ---------------------------------
+
+enum class Interrupt { ResetFromAnotherThread, DestroyOnTheMainLoop };
+
+struct BlockedCase {
+    const char* name;
+    Interrupt interrupt;
+    std::size_t pendingCalls;  // requests waiting on the main loop before it goes on
+};
+
+void PrintTo(const BlockedCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class Blocked : public EngineLoop, public ::testing::WithParamInterface<BlockedCase> {};
+
+TEST_P(Blocked, ReleasesTheEngineThreadWithoutDeadlock)
+{
+    const BlockedCase& c = GetParam();
+    LogCapture log;
+    Init();
+    CMainThreadUtils* pUtils = CMainThreadUtils::GetInstance();
+    ASSERT_NE(nullptr, pUtils);
+
+    // Holds the main loop until the engine thread waits in its synchronous
+    // call (and, for the reset, behind the reset request).
+    bool reached = false;
+    std::function<void()> block = [&] {
+        std::thread source([&] {
+            if (c.interrupt == Interrupt::ResetFromAnotherThread)
+                m_pEngine->Reset();
+            m_pEngine->AddToQueue(MakeDocument(m_ledger, {{0, 5000}, {5000, 6000}}));
+        });
+        source.join();
+        const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+        while (pUtils->GetPendingCount() < c.pendingCalls && std::chrono::steady_clock::now() < limit)
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        reached = pUtils->GetPendingCount() >= c.pendingCalls && log.HasContaining("Sending to main loop.");
+        if (c.interrupt == Interrupt::DestroyOnTheMainLoop)
+            m_pEngine->Destroy();
+    };
+    After(0.01, &block);
+
+    if (c.interrupt == Interrupt::ResetFromAnotherThread) {
+        ASSERT_TRUE(RunUntil([&] { return log.Has("Engine reset done"); }));
+        ASSERT_TRUE(reached) << log.Dump();
+        EXPECT_EQ(std::vector<int>{1}, m_ledger.Counts());
+        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN));
+        // Still in service: the next document is shown.
+        ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, {{0, 5000}})));
+        ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN) == 1; }));
+    } else {
+        ASSERT_TRUE(RunUntil([&] { return reached; }));
+        ASSERT_TRUE(reached) << log.Dump();
+        EXPECT_EQ(std::vector<int>{1}, m_ledger.Counts());
+        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Engine, Blocked,
+                         ::testing::Values(BlockedCase{"ResetFromAnotherThread", Interrupt::ResetFromAnotherThread, 2},
+                                           BlockedCase{"DestroyOnTheMainLoop", Interrupt::DestroyOnTheMainLoop, 1}),
+                         [](const ::testing::TestParamInfo<BlockedCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// --- Every document freed once -----------------------------------------------------------
+
+struct DestroyCase {
+    const char* name;
+    bool bandMode;
+    int documents;
+    long long playMs;  // how long the loop runs before the destroy; 0: not at all
+};
+
+void PrintTo(const DestroyCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class DestroyQueued : public EngineLoop, public ::testing::WithParamInterface<DestroyCase> {};
+
+TEST_P(DestroyQueued, FreesEveryDocumentExactlyOnce)
+{
+    const DestroyCase& c = GetParam();
+    Init(0, c.bandMode);
+    auto queue = [this, &c] {
+        for (int i = 0; i < c.documents; ++i) {
+            const unsigned long long begin = 20 + 40 * static_cast<unsigned long long>(i);
+            m_pEngine->AddToQueue(MakeDocument(m_ledger, {{begin, begin + 30}, {begin + 30, 2000}}));
+        }
+    };
+    if (c.playMs) {
+        At(0, queue);
+        ASSERT_TRUE(RunUntil([&] { return MediaNow() >= c.playMs; }));
+        EXPECT_GT(m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN), 0);
+    } else {
+        queue();
+    }
+    m_pEngine->Destroy();
+    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    delete m_pEngine;
+    m_pEngine = nullptr;
+    EXPECT_EQ(std::vector<int>(static_cast<std::size_t>(c.documents), 1), m_ledger.Counts());
+}
+
+INSTANTIATE_TEST_SUITE_P(Engine, DestroyQueued,
+                         ::testing::Values(DestroyCase{"BeforeTheLoopRuns", false, 6, 0},
+                                           DestroyCase{"WhilePlayingOutOfBand", false, 6, 150},
+                                           DestroyCase{"WhilePlayingInBand", true, 6, 150}),
+                         [](const ::testing::TestParamInfo<DestroyCase>& info) {
+                             return std::string(info.param.name);
+                         });
+
+// --- Lifecycle and requests ----------------------------------------------------------------
+
+TEST_F(EngineLoop, OnlyOneEngineIsInitialisedAtATime)
+{
+    Init();
+    LogCapture log;
+    EXPECT_FALSE(m_pEngine->Initialize(0));
+    CEngine second(m_pGraphics);
+    EXPECT_FALSE(second.Initialize(0));
+    EXPECT_EQ(2, log.Count("Already created", DLOG_ERROR));
+
+    m_pEngine->Destroy();
+    EXPECT_TRUE(second.Initialize(0)) << "free again once the first is destroyed";
+    second.Destroy();
+}
+
+TEST_F(EngineLoop, UnknownRequestIdsRunNothing)
+{
+    Init();
+    LogCapture log;
+    EXPECT_NE(0, EngineTestPeer::Call(*m_pEngine, 8, true));
+    EXPECT_NE(0, EngineTestPeer::Call(*m_pEngine, 8, false));
+    EXPECT_EQ(2, log.Count("Invalid message ID", DLOG_WARN));
+    EXPECT_EQ(0u, CMainThreadUtils::GetInstance()->GetPendingCount());
+}
+
+struct MenuCase {
+    const char* name;
+    std::vector<Span> spans;  // shown at the notification (at 100 ms)
+    const char* message;
+    int draws;  // drawings at the end, the redraw included
+};
+
+void PrintTo(const MenuCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class MenuChange : public EngineLoop, public ::testing::WithParamInterface<MenuCase> {};
+
+TEST_P(MenuChange, RedrawsWhatIsShown)
+{
+    const MenuCase& c = GetParam();
+    LogCapture log;
+    Init();
+    if (!c.spans.empty())
+        At(0, [this, &c] { m_pEngine->AddToQueue(MakeDocument(m_ledger, c.spans)); });
+    At(100, [] { CTTMLMenu::GetInstance()->NotifyMenuChange(); });
+    ASSERT_TRUE(RunUntil([&] { return MediaNow() >= 150; }));
+    EXPECT_TRUE(log.Has(c.message)) << log.Dump();
+    CGraphicsEngine* pGraphics = m_pEngine->GetGraphicsEngine();
+    EXPECT_EQ(c.draws, pGraphics->Count(CGraphicsEngine::RENDERER_DRAWN));
+    EXPECT_EQ(c.spans.empty() ? 0 : 1, pGraphics->GetLiveCount()) << "the old renderer is replaced";
+}
+
+INSTANTIATE_TEST_SUITE_P(Engine, MenuChange,
+                         ::testing::Values(MenuCase{"NothingOnScreen", {}, "No subtitle is on screen!", 0},
+                                           MenuCase{"Shown", {{20, 1000}}, "Subtitles on screen update after menu change!",
+                                                    2}),
+                         [](const ::testing::TestParamInfo<MenuCase>& info) { return std::string(info.param.name); });
+
+TEST_F(EngineLoop, FlashingRecordIsRedrawnEveryFlashInterval)
+{
+    m_pEngine->GetGraphicsEngine()->SetFlashing(true);
+    Init();
+    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 1000}})); });
+    ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DESTROYED) == 1; }));
+    std::vector<long long> drawn = Times(CGraphicsEngine::RENDERER_DRAWN);
+    std::vector<long long> removed = Times(CGraphicsEngine::RENDERER_DESTROYED);
+    // 50, 350, 650; at 950 less than 300 ms is left, so that is the last one.
+    ASSERT_GE(drawn.size(), 3u);
+    EXPECT_LE(drawn.size(), 4u);
+    for (std::size_t i = 1; i < drawn.size(); ++i) {
+        EXPECT_GE(drawn[i] - drawn[i - 1], 290) << i;
+        EXPECT_LT(drawn[i] - drawn[i - 1], 450) << i;
+    }
+    ASSERT_EQ(1u, removed.size());
+    EXPECT_GE(removed[0], 990);
+}
+
+}  // namespace
