@@ -46,10 +46,54 @@ double PerRate(double count, double rate)
     return rate > 0 ? count / rate : 0.0;
 }
 
+bool IsAsciiDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// hh:mm:ss or hh:mm:ss.fff with digits only: no blanks to trim and no frame
+// part, so the fields can be read where they stand. `secondsAt` is the
+// position of the seconds field.
+bool IsPlainClockTime(const std::string& expr, size_t& secondsAt)
+{
+    const size_t n = expr.size();
+    size_t i = 0;
+    while (i < n && IsAsciiDigit(expr[i]))
+        ++i;
+    if (i == 0)
+        return false;
+    for (int field = 0; field < 2; ++field) {
+        if (i + 3 > n || expr[i] != ':' || !IsAsciiDigit(expr[i + 1]) || !IsAsciiDigit(expr[i + 2]))
+            return false;
+        i += 3;
+    }
+    secondsAt = i - 2;
+    if (i == n)
+        return true;
+    if (expr[i] != '.' || i + 1 == n)
+        return false;
+    for (++i; i < n; ++i) {
+        if (!IsAsciiDigit(expr[i]))
+            return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double frameRate, int tickRate)
 {
+    // Every begin and end of a document comes through here; the usual form
+    // is read in place instead of being split into strings first. The
+    // arithmetic is the clock-time path's.
+    size_t secondsAt = 0;
+    if (IsPlainClockTime(expr, secondsAt)) {
+        const char* text = expr.c_str();
+        const double hours = static_cast<double>(std::strtoll(text, nullptr, 10));
+        const double minutes = static_cast<double>(std::strtoll(text + secondsAt - 3, nullptr, 10));
+        const double seconds = strtod_l(text + secondsAt, nullptr, CLocale());
+        return ToMs(((hours * 60 + minutes) * 60 + seconds) * 1000);
+    }
     const std::vector<std::string> parts = StrSplit(expr, ":");
     if (parts.size() > 1)
         return ConvertClockTimeToMS(parts, frameRate);

@@ -4,6 +4,8 @@
 
 #include <map>
 #include <random>
+#include <utility>
+#include <vector>
 
 using TTML::CAttrMap;
 
@@ -33,6 +35,10 @@ TEST(AttrMap, BehavesLikeAnOrderedMap)
         ASSERT_EQ(reference.size(), flat.size());
     }
     EXPECT_EQ(reference, AsStdMap(flat));
+    // Iteration itself must be in ascending key order, whatever order the
+    // keys were added or erased in.
+    EXPECT_EQ((std::vector<CAttrMap::value_type>(reference.begin(), reference.end())),
+              (std::vector<CAttrMap::value_type>(flat.begin(), flat.end())));
     for (int key = -1; key <= 58; ++key) {
         const std::string* v = flat.Get(key);
         ASSERT_EQ(reference.count(key) == 1, v != nullptr) << key;
@@ -57,6 +63,68 @@ TEST(AttrMap, CopiesAreIndependentAndEqual)
     CAttrMap other{{1, "x"}};
     other = parent;
     EXPECT_EQ(parent, other);
+}
+
+// Equality is about contents, not about the order the keys came in.
+TEST(AttrMap, EqualityIgnoresInsertionOrder)
+{
+    CAttrMap a{{40, "x"}, {2, "y"}, {13, "z"}};
+    CAttrMap b{{13, "z"}, {40, "x"}, {2, "y"}};
+    EXPECT_EQ(a, b);
+    b.Set(2, "other");
+    EXPECT_NE(a, b);
+    CAttrMap c{{13, "z"}, {40, "x"}};
+    EXPECT_NE(a, c);
+    c.Set(3, "y");
+    EXPECT_NE(a, c);
+}
+
+TEST(AttrMap, FindAndErasedEntriesStayConsistent)
+{
+    CAttrMap m{{5, "a"}, {1, "b"}, {9, "c"}, {3, "d"}};
+    // Erasing an entry other than the last moves the last one into its place.
+    EXPECT_TRUE(m.Erase(1));
+    EXPECT_FALSE(m.Erase(1));
+    EXPECT_EQ("d", *m.Get(3));
+    EXPECT_EQ("c", *m.Get(9));
+    m.Set(1, "e");
+    auto it = m.find(3);
+    ASSERT_NE(m.end(), it);
+    EXPECT_EQ(3, it->first);
+    ++it;
+    EXPECT_EQ(5, it->first);
+    EXPECT_EQ(m.end(), m.find(4));
+    EXPECT_EQ((std::map<int, std::string>{{1, "e"}, {3, "d"}, {5, "a"}, {9, "c"}}), AsStdMap(m));
+}
+
+TEST(AttrMap, KeysOutsideTheTableAreNotHeld)
+{
+    CAttrMap m;
+    m.Set(-1, "x");
+    m.Set(CAttrMap::kMaxKeys, "x");
+    EXPECT_TRUE(m.empty());
+    EXPECT_EQ(nullptr, m.Get(-1));
+    EXPECT_EQ(nullptr, m.Get(CAttrMap::kMaxKeys));
+    EXPECT_FALSE(m.Erase(-1));
+    m.Set(0, "low");
+    m.Set(CAttrMap::kMaxKeys - 1, "high");
+    EXPECT_EQ((std::map<int, std::string>{{0, "low"}, {CAttrMap::kMaxKeys - 1, "high"}}), AsStdMap(m));
+}
+
+TEST(AttrMap, MovedFromMapIsEmptyAndUsable)
+{
+    CAttrMap source{{7, "text"}, {2, "x"}};
+    CAttrMap target(std::move(source));
+    EXPECT_EQ((std::map<int, std::string>{{2, "x"}, {7, "text"}}), AsStdMap(target));
+    EXPECT_TRUE(source.empty());                 // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(nullptr, source.Get(7));           // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(source.begin(), source.end());     // NOLINT(bugprone-use-after-move)
+    source.Set(7, "again");
+    EXPECT_EQ("again", *source.Get(7));
+    CAttrMap other{{1, "y"}};
+    other = std::move(target);
+    EXPECT_EQ((std::map<int, std::string>{{2, "x"}, {7, "text"}}), AsStdMap(other));
+    EXPECT_TRUE(target.empty());  // NOLINT(bugprone-use-after-move)
 }
 
 }  // namespace

@@ -151,6 +151,17 @@ INSTANTIATE_TEST_SUITE_P(
         PrecedenceCase{"UnknownIdSkipped", kTwoStyles, "",
                        "<div region=\"r1\"><p style=\"s1 nope\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
                        "#111111", true},
+        // The id list is split like StrSplit: ends trimmed, single spaces
+        // separate, so a double space makes an empty (unknown) id.
+        PrecedenceCase{"BlanksAroundIdListTrimmed", kTwoStyles, "",
+                       "<div region=\"r1\"><p style=\" \t s1 s2\n \" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
+                       "#222222", false},
+        PrecedenceCase{"DoubleSpaceIsAnEmptyId", kTwoStyles, "",
+                       "<div region=\"r1\"><p style=\"s2  s1\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
+                       "#111111", true},
+        PrecedenceCase{"TabDoesNotSeparateIds", kTwoStyles, "",
+                       "<div region=\"r1\"><p style=\"s1&#9;s2\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
+                       "<absent>", true},
         PrecedenceCase{"RegionAttributesReferenced", "", "<region xml:id=\"r2\" tts:color=\"#333333\"/>",
                        "<div region=\"r2\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>", "#333333",
                        false},

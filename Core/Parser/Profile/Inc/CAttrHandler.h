@@ -9,6 +9,7 @@
 #include <list>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace TTML {
@@ -109,7 +110,8 @@ protected:
     static bool t_SpaceSeparatedIntegersValidation(std::string& value);
 
 private:
-    std::map<std::string, int> m_attrNameMap;
+    // Looked up for every attribute of every element.
+    std::unordered_map<std::string, int> m_attrNameMap;
     std::vector<std::string> m_attrNames;
     std::vector<std::bitset<TTML_ELEM_COUNT>> m_appliesTo;
     CAttrMap m_defaultValues;

@@ -133,6 +133,12 @@ private:
     class DepthGuard;
 
     int m_nDepth = 0;  // current recursion depth of the walk
+    // Reused by t_HandleReferencedElement so each element costs no new
+    // strings for its region and style ids.
+    std::string m_regionKey{kTTMLAttrKeys[ATTR_REGION]};
+    std::string m_styleKey{kTTMLAttrKeys[ATTR_STYLE]};
+    std::string m_referenceValue;
+    std::string m_referenceId;
 };
 
 }  // namespace TTML

@@ -10,7 +10,7 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
-#include <cstdio>
+#include <charconv>
 #include <cstdlib>
 #include <iterator>
 
@@ -56,6 +56,37 @@ bool IsPercentageList(const std::string& value, size_t minParts, size_t maxParts
     return std::all_of(parts.begin(), parts.end(), [](const std::string& p) {
         return EndsWith(p, '%') && IsRealNumber(p.substr(0, p.size() - 1));
     });
+}
+
+bool IsAsciiDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Two or more hour digits, minutes and seconds 00 to 59, then optionally a
+// full stop and digits: a strict subset of what the clock-time pattern takes.
+bool IsPlainClockTime(const std::string& value)
+{
+    const size_t n = value.size();
+    size_t i = 0;
+    while (i < n && IsAsciiDigit(value[i]))
+        ++i;
+    if (i < 2)
+        return false;
+    for (int field = 0; field < 2; ++field) {
+        if (i + 3 > n || value[i] != ':' || value[i + 1] < '0' || value[i + 1] > '5' || !IsAsciiDigit(value[i + 2]))
+            return false;
+        i += 3;
+    }
+    if (i == n)
+        return true;
+    if (value[i] != '.' || i + 1 == n)
+        return false;
+    for (++i; i < n; ++i) {
+        if (!IsAsciiDigit(value[i]))
+            return false;
+    }
+    return true;
 }
 
 const char* const kRoles[] = {"action",   "caption",  "description", "dialog",     "expletive",
@@ -294,6 +325,10 @@ int CAttrHandler::t_ValidateFrameRate(std::string& value)
 
 int CAttrHandler::t_ValidateClockTimeFormat(std::string& value)
 {
+    // Nearly every document writes hh:mm:ss or hh:mm:ss.fff; those are
+    // accepted without running the matcher, which sees everything else.
+    if (IsPlainClockTime(value))
+        return ERR_NONE;
     static const boost::regex kClockTime("(\\d\\d+)(:)([0-5]\\d)(:)([0-5]\\d)((\\.\\d+)|((:)\\d+(\\.\\d+)?))?");
     return boost::regex_match(value, kClockTime) ? ERR_NONE : ERR_IGNORE;
 }
@@ -370,8 +405,8 @@ void CAttrHandler::t_StoreTimeAsMS(std::string& value, bool applySegmentStart) c
         pInfo->ApplySubtitleSegmentBoundaries(ms);
 
     char buf[24];
-    std::snprintf(buf, sizeof(buf), "%llu", ms);
-    value = buf;
+    const std::to_chars_result done = std::to_chars(buf, buf + sizeof(buf), ms);
+    value.assign(buf, done.ptr);
 }
 
 }  // namespace TTML

@@ -1,24 +1,20 @@
 #include "CAttrMap.h"
 
-#include <algorithm>
+#include <cstring>
 
 namespace TTML {
 
 namespace {
 
-bool KeyLess(const CAttrMap::value_type& entry, int key)
-{
-    return entry.first < key;
-}
-
-const size_t kCopyHeadroom = 4;
+const size_t kCopyHeadroom = 8;
 
 }  // namespace
 
-CAttrMap::CAttrMap(const CAttrMap& other)
+CAttrMap::CAttrMap(const CAttrMap& other) : m_present(other.m_present)
 {
     m_values.reserve(other.m_values.size() + kCopyHeadroom);
     m_values.assign(other.m_values.begin(), other.m_values.end());
+    std::memcpy(m_slot, other.m_slot, sizeof(m_slot));
 }
 
 CAttrMap& CAttrMap::operator=(const CAttrMap& other)
@@ -29,6 +25,26 @@ CAttrMap& CAttrMap::operator=(const CAttrMap& other)
             m_values.reserve(other.m_values.size() + kCopyHeadroom);
         }
         m_values.assign(other.m_values.begin(), other.m_values.end());
+        m_present = other.m_present;
+        std::memcpy(m_slot, other.m_slot, sizeof(m_slot));
+    }
+    return *this;
+}
+
+CAttrMap::CAttrMap(CAttrMap&& other) noexcept
+    : m_values(std::move(other.m_values)), m_present(other.m_present)
+{
+    std::memcpy(m_slot, other.m_slot, sizeof(m_slot));
+    other.clear();
+}
+
+CAttrMap& CAttrMap::operator=(CAttrMap&& other) noexcept
+{
+    if (this != &other) {
+        m_values = std::move(other.m_values);
+        m_present = other.m_present;
+        std::memcpy(m_slot, other.m_slot, sizeof(m_slot));
+        other.clear();
     }
     return *this;
 }
@@ -39,47 +55,59 @@ CAttrMap::CAttrMap(std::initializer_list<value_type> values)
         Set(v.first, v.second);
 }
 
-std::vector<CAttrMap::value_type>::iterator CAttrMap::m_LowerBound(int key)
+void CAttrMap::clear()
 {
-    return std::lower_bound(m_values.begin(), m_values.end(), key, KeyLess);
+    m_values.clear();
+    m_present = 0;
 }
 
-CAttrMap::const_iterator CAttrMap::find(int key) const
+template <typename T>
+void CAttrMap::m_Set(int key, T&& value)
 {
-    auto it = std::lower_bound(m_values.begin(), m_values.end(), key, KeyLess);
-    return (it != m_values.end() && it->first == key) ? it : m_values.end();
-}
-
-const std::string* CAttrMap::Get(int key) const
-{
-    auto it = find(key);
-    return it == end() ? nullptr : &it->second;
+    if (key < 0 || key >= kMaxKeys)
+        return;
+    if (m_Has(key)) {
+        m_values[m_slot[key]].second = std::forward<T>(value);
+        return;
+    }
+    m_slot[key] = static_cast<uint8_t>(m_values.size());
+    m_values.emplace_back(key, std::forward<T>(value));
+    m_present |= uint64_t(1) << key;
 }
 
 void CAttrMap::Set(int key, const std::string& value)
 {
-    auto it = m_LowerBound(key);
-    if (it != m_values.end() && it->first == key)
-        it->second = value;
-    else
-        m_values.emplace(it, key, value);
+    m_Set(key, value);
 }
 
 void CAttrMap::Set(int key, std::string&& value)
 {
-    auto it = m_LowerBound(key);
-    if (it != m_values.end() && it->first == key)
-        it->second = std::move(value);
-    else
-        m_values.emplace(it, key, std::move(value));
+    m_Set(key, std::move(value));
 }
 
 bool CAttrMap::Erase(int key)
 {
-    auto it = m_LowerBound(key);
-    if (it == m_values.end() || it->first != key)
+    if (!m_Has(key))
         return false;
-    m_values.erase(it);
+    // The last entry takes the freed place, so nothing else moves.
+    const uint8_t pos = m_slot[key];
+    if (pos + 1u != m_values.size()) {
+        m_values[pos] = std::move(m_values.back());
+        m_slot[m_values[pos].first] = pos;
+    }
+    m_values.pop_back();
+    m_present &= ~(uint64_t(1) << key);
+    return true;
+}
+
+bool CAttrMap::operator==(const CAttrMap& other) const
+{
+    if (m_present != other.m_present)
+        return false;
+    for (const value_type& entry : m_values) {
+        if (entry.second != other.m_values[other.m_slot[entry.first]].second)
+            return false;
+    }
     return true;
 }
 

@@ -352,17 +352,30 @@ int CProfile::t_HandleReferencedElement(XMLNODEPTR node, CElementSPTR& element)
     if (node->type != XML_ELEMENT_NODE || !node->properties)
         return ERR_NONE;
 
-    std::string regionKey(kTTMLAttrKeys[ATTR_REGION]);
-    std::string styleKey(kTTMLAttrKeys[ATTR_STYLE]);
-    std::string value;
-    if (t_pXmlParser->GetAttrValue(node, regionKey, value)) {
+    std::string& value = m_referenceValue;
+    if (t_pXmlParser->GetAttrValue(node, m_regionKey, value)) {
         CElementSPTR region = t_pStyleRegionInfo->GetRegion(value);
         element->CopyReferencedAttr(region);
     }
-    if (t_pXmlParser->GetAttrValue(node, styleKey, value)) {
-        for (const std::string& id : StrSplit(value, " ")) {
+    if (t_pXmlParser->GetAttrValue(node, m_styleKey, value)) {
+        // The ids as StrSplit(value, " ") gives them (ends trimmed, single
+        // spaces separating, empty ids kept), without a vector per element.
+        static const char kBlanks[] = " \t\n\r";
+        const size_t first = value.find_first_not_of(kBlanks);
+        const size_t last = value.find_last_not_of(kBlanks);
+        std::string& id = m_referenceId;
+        size_t start = first == std::string::npos ? value.size() : first;
+        const size_t stop = last == std::string::npos ? value.size() : last + 1;
+        while (true) {
+            size_t space = value.find(' ', start);
+            if (space == std::string::npos || space > stop)
+                space = stop;
+            id.assign(value, start, space - start);
             CElementSPTR style = t_pStyleRegionInfo->GetStyle(id);
             element->CopyReferencedAttr(style);
+            if (space >= stop)
+                break;
+            start = space + 1;
         }
     }
     return ERR_NONE;

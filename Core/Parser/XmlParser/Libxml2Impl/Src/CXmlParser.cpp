@@ -288,17 +288,22 @@ std::string CXmlParser::GetElementContent(XMLNODEPTR pNodePtr)
         return std::string();
     }
     CXmlErrorRoute route;
+    // A text node's content is encoded where it stands, without a copy.
     xmlChar* text = nullptr;
-    if (pNodePtr->type == XML_TEXT_NODE)
-        text = xmlStrdup(pNodePtr->content);
-    else
+    const xmlChar* source = nullptr;
+    if (pNodePtr->type == XML_TEXT_NODE) {
+        source = pNodePtr->content;
+    } else {
         text = xmlNodeListGetString(pNodePtr->doc, pNodePtr->children, 1);
-    if (!text)
+        source = text;
+    }
+    if (!source)
         return std::string();
     // Re-escaped because the text later goes into markup, where a bare "<"
     // or "&" would be read as a tag or an entity.
-    xmlChar* escaped = xmlEncodeEntitiesReentrant(pNodePtr->doc, text);
-    xmlFree(text);
+    xmlChar* escaped = xmlEncodeEntitiesReentrant(pNodePtr->doc, source);
+    if (text)
+        xmlFree(text);
     std::string result = ToString(escaped);
     xmlFree(escaped);
     return result;
@@ -337,9 +342,20 @@ bool CXmlParser::GetAttrValue(XMLNODEPTR pNodePtr, std::string& name, std::strin
     }
     if (!HasAttributes(pNodePtr))
         return false;
-    // xmlGetProp matches the local name whatever the namespace (unlike
-    // xmlGetNoNsProp, which would miss ttp:profile).
-    xmlChar* found = xmlGetProp(pNodePtr, reinterpret_cast<const xmlChar*>(name.c_str()));
+    // xmlHasProp and xmlGetProp match the local name whatever the namespace
+    // (unlike xmlGetNoNsProp, which would miss ttp:profile).
+    const xmlChar* key = reinterpret_cast<const xmlChar*>(name.c_str());
+    // The usual attribute holds one text node: read it in place rather than
+    // through a copy; xmlGetProp handles every other shape.
+    xmlAttrPtr prop = xmlHasProp(pNodePtr, key);
+    if (!prop)
+        return false;
+    if (prop->type == XML_ATTRIBUTE_NODE && prop->children && !prop->children->next &&
+        prop->children->type == XML_TEXT_NODE && prop->children->content) {
+        value.assign(reinterpret_cast<const char*>(prop->children->content));
+        return true;
+    }
+    xmlChar* found = xmlGetProp(pNodePtr, key);
     if (!found)
         return false;
     value = ToString(found);
