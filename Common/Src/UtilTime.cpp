@@ -34,6 +34,12 @@ unsigned long long ToMs(double ms)
 {
     if (!(ms > 0))
         return 0;
+    // Decimal fractions are inexact in binary (32.62 s x 1000 is
+    // 32619.99999999999...): a value within a nanosecond of a whole
+    // millisecond is that millisecond; real fractions (12.9ms) still truncate.
+    double whole = std::round(ms);
+    if (std::fabs(ms - whole) < 1e-6)
+        ms = whole;
     if (ms >= 18446744073709551616.0)
         return std::numeric_limits<unsigned long long>::max();
     return static_cast<unsigned long long>(ms);

@@ -55,6 +55,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Clock("BeyondThirtyTwoBits", "1000000:00:00", 0, 3600000000000ULL),
                       Clock("ExpressionTrimmed", " \t01:00:00\r\n", 0, 3600000),
                       Clock("MinutesSeconds", "01:30", 0, 90000),
+                      Clock("FractionInexactInBinary", "00:00:32.620", 0, 32620),
                       Clock("NonNumericPartsCountZero", "aa:bb:cc", 0, 0),
                       Clock("LeadingDigitsOfEachPart", "1x:2y:3.5z", 0, 3723500)),
     [](const ::testing::TestParamInfo<TimeCase>& i) { return std::string(i.param.name); });
@@ -65,6 +66,8 @@ INSTANTIATE_TEST_SUITE_P(
                       TimeCase{"Milliseconds", "500ms", 0, 0, 500, ""},
                       TimeCase{"MillisecondsTruncated", "12.9ms", 0, 0, 12, ""},
                       TimeCase{"SubMillisecondTruncated", "0.0019s", 0, 0, 1, ""},
+                      TimeCase{"FractionInexactInBinary", "32.62s", 0, 0, 32620, ""},
+                      TimeCase{"FramesInexactInBinary", "3f", 30, 0, 100, ""},
                       TimeCase{"Minutes", "2m", 0, 0, 120000, ""},
                       TimeCase{"FractionalMinutes", "1.5m", 0, 0, 90000, ""},
                       TimeCase{"Hours", "1h", 0, 0, 3600000, ""},

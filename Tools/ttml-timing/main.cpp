@@ -147,13 +147,6 @@ bool MediaOrigin(TTML::CTTMLSource* pSource, long long& origin)
     return false;
 }
 
-const unsigned long long kSlackMs = 2;
-
-unsigned long long Distance(unsigned long long a, unsigned long long b)
-{
-    return a > b ? a - b : b - a;
-}
-
 double Percentile(const std::vector<double>& sorted, double p)
 {
     // Nearest rank.
@@ -261,7 +254,6 @@ int main(int argc, char** argv)
     int outOfOrder = 0;
     int unknown = 0;
     std::string unknownExample;
-    std::vector<bool> converted(intervals.size(), false);
     std::size_t highest = 0;  // 2 * index + (removal), of the latest event so far
     bool any = false;
     {
@@ -269,19 +261,13 @@ int main(int argc, char** argv)
         for (const CGraphicsEngine::Event& event : recorder.events) {
             if (event.steadyNs > quitNs)
                 break;
-            // The parser may land a millisecond off a document time (a
-            // fraction of a second that has no exact binary value is
-            // truncated); lateness is still measured against the document.
-            auto it = byBegin.lower_bound(event.begin > kSlackMs ? event.begin - kSlackMs : 0);
-            if (it == byBegin.end() || it->first > event.begin + kSlackMs ||
-                Distance(intervals[it->second].end, event.end) > kSlackMs) {
+            auto it = byBegin.find(event.begin);
+            if (it == byBegin.end() || intervals[it->second].end != event.end) {
                 if (unknown++ == 0)
                     unknownExample = "[" + std::to_string(event.begin) + ", " + std::to_string(event.end) + "]";
                 continue;
             }
             const std::size_t index = it->second;
-            if (event.begin != intervals[index].begin || event.end != intervals[index].end)
-                converted[index] = true;
             const bool removal = event.kind == CGraphicsEngine::RENDERER_DESTROYED;
             const double media = static_cast<double>(event.steadyNs) / 1e6 - static_cast<double>(origin);
             const std::size_t key = 2 * index + (removal ? 1 : 0);
@@ -331,9 +317,6 @@ int main(int argc, char** argv)
     PrintDistribution("draw lateness:", drawValues);
     PrintDistribution("remove lateness:", removeValues);
     std::printf("missed: %d\nout of order: %d\n", missed, outOfOrder);
-    const long long off = std::count(converted.begin(), converted.end(), true);
-    if (off)
-        std::printf("intervals the engine got a millisecond off the document: %lld\n", off);
     if (unknown)
         std::printf("calls for no generated interval: %d (the first for %s ms)\n", unknown,
                     unknownExample.c_str());
