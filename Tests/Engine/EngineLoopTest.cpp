@@ -1,6 +1,7 @@
 // The presentation engine on a real Ecore main loop against a media clock
 // running in real time: what is drawn and removed, and when, through the
 // graphics engine's records.
+#include "DocumentLedger.h"
 #include "../Graphics/MainLoopFixture.h"
 
 #include "CEngine.h"
@@ -44,48 +45,12 @@ namespace {
 
 typedef std::pair<unsigned long long, unsigned long long> Span;
 
-// How often each document was deleted, by document number.
-class Ledger {
-public:
-    int Open()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        m_freed.push_back(0);
-        return static_cast<int>(m_freed.size()) - 1;
-    }
-    void Freed(int id)
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        ++m_freed[static_cast<std::size_t>(id)];
-    }
-    std::vector<int> Counts()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_freed;
-    }
-
-private:
-    std::mutex m_lock;
-    std::vector<int> m_freed;
-};
-
-// Untimed, so only its document holds it: it goes when the document does.
-class Sentinel : public CElement {
-public:
-    Sentinel(Ledger* pLedger, int id) : CElement(ELEM_METADATA), m_pLedger(pLedger), m_id(id) {}
-    ~Sentinel() override { m_pLedger->Freed(m_id); }
-
-private:
-    Ledger* m_pLedger;
-    int m_id;
-};
-
 // One paragraph per span; spans that do not overlap become intervals of
 // their own, so a renderer's recorded begin and end name its interval.
-CSubtitleInfo* MakeDocument(Ledger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
+CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
 {
     CSubtitleInfo* pInfo = new CSubtitleInfo();
-    CElementSPTR sentinel = std::make_shared<Sentinel>(&ledger, ledger.Open());
+    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(&ledger, ledger.Open());
     pInfo->AddElement(0, 0, sentinel);
     for (const Span& span : spans) {
         CElementSPTR p = std::make_shared<CElement>(ELEM_P);
@@ -184,7 +149,7 @@ public:
     CEngine* m_pEngine = nullptr;
     CMediaClock m_clock;
     std::chrono::steady_clock::time_point m_start;
-    Ledger m_ledger;
+    DocumentLedger m_ledger;
 
 private:
     struct Scheduled {

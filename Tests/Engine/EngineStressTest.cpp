@@ -9,6 +9,7 @@
 // Randomised and seeded: the seed is printed; INTERTITLE_STRESS_SEED repeats
 // a run (thread interleaving still differs).
 
+#include "DocumentLedger.h"
 #include "../Graphics/MainLoopFixture.h"
 
 #include "CController.h"
@@ -93,43 +94,7 @@ private:
     void* m_userData = nullptr;
 };
 
-// How often each document was freed, by document number.
-class FreeLedger {
-public:
-    int Open()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        m_freed.push_back(0);
-        return static_cast<int>(m_freed.size()) - 1;
-    }
-    void Freed(int id)
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        ++m_freed[static_cast<std::size_t>(id)];
-    }
-    std::vector<int> Counts()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_freed;
-    }
-
-private:
-    std::mutex m_lock;
-    std::vector<int> m_freed;
-};
-
-FreeLedger g_ledger;
-
-// Kept by its document only (untimed, so never listed for an interval):
-// it goes exactly when the document is deleted.
-class DocumentSentinel : public CElement {
-public:
-    explicit DocumentSentinel(int id) : CElement(ELEM_METADATA), m_id(id) {}
-    ~DocumentSentinel() override { g_ledger.Freed(m_id); }
-
-private:
-    int m_id;
-};
+DocumentLedger g_ledger;
 
 CElementSPTR Span(unsigned long long begin, unsigned long long end)
 {
@@ -148,7 +113,7 @@ CSubtitleInfo* MakeDocument(std::mt19937& rng, long long mediaTime)
     CSubtitleInfo* pInfo = new CSubtitleInfo();
     std::string timeBase = "media";
     pInfo->SetTimeBase(timeBase);
-    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(g_ledger.Open());
+    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(&g_ledger, g_ledger.Open());
     pInfo->AddElement(0, 0, sentinel);
 
     long long timeStamp = (rng() % 4 == 0) ? static_cast<long long>(rng() % 3) * 500 - 500 : 0;
