@@ -59,9 +59,16 @@ class CanvasWindowTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
+        StartXvfb();
         // EFL's X11 engine does not survive a full shutdown and a new init
         // in one process; one reference for the whole suite avoids that.
+        // Taken after Xvfb is forked and dropped before it is stopped, so the
+        // child's exit never reaches Ecore's signal handler.
         ecore_evas_init();
+    }
+
+    static void StartXvfb()
+    {
         const char* candidates[] = {"/usr/bin/Xvfb", "/usr/local/bin/Xvfb"};
         const char* xvfb = nullptr;
         for (const char* c : candidates)
@@ -87,12 +94,12 @@ protected:
 
     static void TearDownTestSuite()
     {
+        ecore_evas_shutdown();
         if (s_xvfb > 0) {
             kill(s_xvfb, SIGTERM);
             waitpid(s_xvfb, nullptr, 0);
             s_xvfb = -1;
         }
-        ecore_evas_shutdown();
     }
 
     // A red square drawn straight on the canvas.
