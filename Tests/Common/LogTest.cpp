@@ -66,28 +66,6 @@ INSTANTIATE_TEST_SUITE_P(Levels, LogColour,
                                            ColourCase{DLOG_ERROR, "\033[01;31m", "error"}),
                          [](const ::testing::TestParamInfo<ColourCase>& i) { return std::string(i.param.name); });
 
-TEST(LogFormat, NamedThreadAppearsInLine)
-{
-    LogCapture log;
-    std::thread t([] {
-        pthread_setname_np(pthread_self(), "Parser");
-        TTML_INFO("from worker");
-    });
-    t.join();
-    auto lines = log.Lines();
-    ASSERT_EQ(1u, lines.size());
-    const std::string& text = lines[0].text;
-    std::string::size_type at = text.find(" > Thread:[Parser ");
-    ASSERT_NE(std::string::npos, at) << text;
-    std::string rest = text.substr(at + std::string(" > Thread:[Parser ").size());
-    std::string::size_type close = rest.find(']');
-    ASSERT_NE(std::string::npos, close) << text;
-    std::string tid = rest.substr(0, close);
-    EXPECT_FALSE(tid.empty());
-    EXPECT_EQ(std::string::npos, tid.find_first_not_of("0123456789")) << text;
-    EXPECT_EQ("] [from worker]", rest.substr(close)) << text;
-}
-
 TEST(LogFormat, EmptyEntryMessage)
 {
     LogCapture log;

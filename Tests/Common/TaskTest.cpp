@@ -20,7 +20,6 @@
 #include <vector>
 
 using TTML::CTask;
-using TTML::ICallback;
 using TTML::TCallback;
 
 namespace {
@@ -74,31 +73,22 @@ public:
                      withCleanup ? new TCallback<Recorder>(this, &Recorder::OnCleanup) : nullptr);
     }
 
-    std::vector<int> Events() const
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_events;
-    }
-    std::vector<int> Cleaned() const
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_cleaned;
-    }
-    std::set<long> Threads() const
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_threads;
-    }
-    std::string LastThreadName() const
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_lastThreadName;
-    }
+    std::vector<int> Events() const { return Read(m_events); }
+    std::vector<int> Cleaned() const { return Read(m_cleaned); }
+    std::set<long> Threads() const { return Read(m_threads); }
+    std::string LastThreadName() const { return Read(m_lastThreadName); }
 
     // Runs on the worker after each event is recorded; set before Start.
     std::function<void(int)> onEvent;
 
 private:
+    template <typename T>
+    T Read(const T& field) const
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        return field;
+    }
+
     mutable std::mutex m_lock;
     std::vector<int> m_events;
     std::vector<int> m_cleaned;
@@ -112,19 +102,6 @@ struct Payloads {
     void* operator[](int i) { return &ids[i]; }
     std::vector<int> ids;
 };
-
-TEST(TCallback, InvokesTheBoundMemberWithTheData)
-{
-    struct Target {
-        void Take(void* data) { seen.push_back(data); }
-        std::vector<void*> seen;
-    } target;
-    int a = 0, b = 0;
-    std::unique_ptr<ICallback> cb(new TCallback<Target>(&target, &Target::Take));
-    cb->Invoke(&a);
-    cb->Invoke(&b);
-    EXPECT_EQ((std::vector<void*>{&a, &b}), target.seen);
-}
 
 TEST(TaskQueue, DeliversEventsOfEveryProducerInPostingOrderOnOneWorker)
 {
@@ -499,18 +476,6 @@ TEST(TaskCallbacks, RunWithoutTheQueueLockSoOthersCanPostMeanwhile)
     task.Reset();
     EXPECT_EQ(Range(0, 2), rec.Events());
     task.Stop();
-}
-
-TEST(TaskState, IgnoreFlagIsSharedBetweenThreads)
-{
-    CTask task;
-    EXPECT_FALSE(task.IsTaskIgnored());
-    std::thread([&] { task.SetTaskState(true); }).join();
-    EXPECT_TRUE(task.IsTaskIgnored());
-    task.SetTaskState(false);
-    bool seen = true;
-    std::thread([&] { seen = task.IsTaskIgnored(); }).join();
-    EXPECT_FALSE(seen);
 }
 
 TEST(TaskDestructor, StopsALiveWorkerAfterSettingTheIgnoreFlag)

@@ -105,6 +105,6 @@ INSTANTIATE_TEST_SUITE_P(
                   "SetCaptionDivisionMode(1)"},
                  false},
         FeedCase{"InBand", "inband.feed", 2, 2 + 3, 0, true, 0, 2, {"SetCaptionDivisionMode(0)"}, true}),
-    [](const ::testing::TestParamInfo<FeedCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "CMainThreadUtils.h"
 #include "CTTMLMenu.h"
 #include "ITTMLSource.h"
+#include "TTMLLog.h"
 
 #include <Evas.h>
 
@@ -29,10 +30,12 @@ public:
         return callback != nullptr;
     }
 
+    // Logged so that tests can place it among the core's own log lines.
     void UnregisterCallback() override
     {
         m_callback = nullptr;
         ++unregistrations;
+        TTML_INFO("source unregistered");
     }
 
     int GetMediaTime(long long* pTime) override

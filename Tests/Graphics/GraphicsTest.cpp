@@ -100,7 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Kinds, GraphicsCreateObject,
                                            KindCase{2, true, "", "Timer"},
                                            KindCase{3, false, "invalid kind 3", "UnknownKind"},
                                            KindCase{-1, false, "invalid kind -1", "NegativeKind"}),
-                         [](const ::testing::TestParamInfo<KindCase>& info) { return std::string(info.param.name); });
+                         [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(MainLoopTest, DestroyObjectRefusesNullAndForeignPointers)
 {
@@ -217,7 +217,7 @@ INSTANTIATE_TEST_SUITE_P(
         FitCase{3840, 1080, 1, 1, 0, 270, 1920, 540, "WideExtentLargerThanScreenIsScaled"},
         FitCase{1920, 1080, 4, 3, 240, 0, 1440, 1080, "AspectWinsOverExtent"},
         FitCase{0, 1080, 1, 1, 0, 0, 1920, 1080, "ZeroExtentFills"}),
-    [](const ::testing::TestParamInfo<FitCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(MainLoopTest, RootContainerStartsOverTheWholeLayoutAboveIt)
 {

@@ -247,7 +247,7 @@ INSTANTIATE_TEST_SUITE_P(
     Release, BlockedCaller,
     ::testing::Values(ReleaseCase{BY_STOP_STATE, "SetStop"}, ReleaseCase{BY_STOP_STATE_AND_STOP, "SetStopAndStop"},
                       ReleaseCase{BY_RELEASE_OF_THE_SERVICE, "GraphicsDestroy"}),
-    [](const ::testing::TestParamInfo<ReleaseCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(MainThreadUtilsTest, InStopStateNewCallsDoNotRunAndAsyncOnesAreRefused)
 {

@@ -25,14 +25,13 @@ public:
     void Free(ITimer* pTimer) { m_pGraphics->DestroyObject(pTimer); }
 };
 
-// A callback that counts, notes the thread, keeps running for `renew` calls and
-// can run an action on a given call.
+// A callback that counts, records "timer" among the test's events, notes the
+// thread, keeps running for `renew` calls and can run an action on a given call.
 struct Probe {
     int calls = 0;
     int renew = 0;
     bool offMainLoop = false;
-    std::vector<std::string>* pEvents = nullptr;
-    const char* tag = "";
+    std::vector<std::string> events;
     std::function<void(Probe&)> onCall;
 
     static int Cb(void* data)
@@ -41,8 +40,7 @@ struct Probe {
         ++p->calls;
         if (!eina_main_loop_is())
             p->offMainLoop = true;
-        if (p->pEvents)
-            p->pEvents->push_back(p->tag);
+        p->events.push_back("timer");
         if (p->onCall)
             p->onCall(*p);
         return p->calls < p->renew ? 1 : 0;
@@ -72,11 +70,9 @@ TEST_F(TimerTest, FiresOnTheMainLoopAndRepeatsUntilTheCallbackReturnsZero)
 TEST_F(TimerTest, StopDisarmsAndStartArmsAgain)
 {
     ITimer* pTimer = NewTimer();
-    std::vector<std::string> events;
     Probe probe;
+    std::vector<std::string>& events = probe.events;
     probe.renew = 100;
-    probe.pEvents = &events;
-    probe.tag = "timer";
     pTimer->Start(Probe::Cb, 0.2, &probe);
     auto stop = [&] { events.push_back("stop"); pTimer->Stop(); };
     auto restart = [&] { events.push_back("restart"); pTimer->Start(Probe::Cb, 0.0, &probe); probe.renew = 1; };
@@ -103,17 +99,27 @@ TEST_F(TimerTest, StopInsideTheCallbackEndsItWhateverItReturns)
     Free(pTimer);
 }
 
-TEST_F(TimerTest, PausedTimerWaitsForResume)
+struct PausedCase {
+    const char* name;
+    void (*whilePaused)(ITimer*);
+};
+
+void PrintTo(const PausedCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class TimerPaused : public TimerTest, public ::testing::WithParamInterface<PausedCase> {};
+
+TEST_P(TimerPaused, WaitsForResume)
 {
     ITimer* pTimer = NewTimer();
-    std::vector<std::string> events;
     Probe probe;
-    probe.pEvents = &events;
-    probe.tag = "timer";
+    std::vector<std::string>& events = probe.events;
     probe.onCall = [](Probe&) { Quit(); };
-    pTimer->Start(Probe::Cb, 0.1, &probe);
+    pTimer->Start(Probe::Cb, 0.05, &probe);
     pTimer->Pause();
-    pTimer->Pause();  // a second pause must not need a second resume
+    GetParam().whilePaused(pTimer);
     auto resume = [&] { events.push_back("resume"); pTimer->Resume(); };
     After(0.3, &resume);
     EXPECT_TRUE(RunLoop());
@@ -121,14 +127,20 @@ TEST_F(TimerTest, PausedTimerWaitsForResume)
     Free(pTimer);
 }
 
+INSTANTIATE_TEST_SUITE_P(
+    Timer, TimerPaused,
+    ::testing::Values(PausedCase{"Once", [](ITimer*) {}},
+                      // A second pause must not need a second resume.
+                      PausedCase{"Twice", [](ITimer* t) { t->Pause(); }},
+                      PausedCase{"ThenSetInterval", [](ITimer* t) { t->SetInterval(0.01); }}),
+    [](const auto& info) { return std::string(info.param.name); });
+
 TEST_F(TimerTest, PauseInsideTheCallbackHoldsTheNextPeriod)
 {
     ITimer* pTimer = NewTimer();
-    std::vector<std::string> events;
     Probe probe;
+    std::vector<std::string>& events = probe.events;
     probe.renew = 2;
-    probe.pEvents = &events;
-    probe.tag = "timer";
     probe.onCall = [pTimer](Probe& p) {
         if (p.calls == 1)
             pTimer->Pause();
@@ -146,10 +158,8 @@ TEST_F(TimerTest, PauseInsideTheCallbackHoldsTheNextPeriod)
 TEST_F(TimerTest, SetIntervalReArmsFromNow)
 {
     ITimer* pTimer = NewTimer();
-    std::vector<std::string> events;
     Probe probe;
-    probe.pEvents = &events;
-    probe.tag = "timer";
+    std::vector<std::string>& events = probe.events;
     probe.onCall = [](Probe&) { Quit(); };
     pTimer->Start(Probe::Cb, 1000.0, &probe);  // would outlive the watchdog
     auto shorten = [&] { events.push_back("shorten"); pTimer->SetInterval(0.02); };
@@ -197,24 +207,6 @@ TEST_F(TimerTest, SetIntervalRevivesATimerThatEnded)
     After(0.2, &revive);
     EXPECT_TRUE(RunLoop());
     EXPECT_EQ(2, probe.calls);
-    Free(pTimer);
-}
-
-TEST_F(TimerTest, SetIntervalWhilePausedStaysPaused)
-{
-    ITimer* pTimer = NewTimer();
-    std::vector<std::string> events;
-    Probe probe;
-    probe.pEvents = &events;
-    probe.tag = "timer";
-    probe.onCall = [](Probe&) { Quit(); };
-    pTimer->Start(Probe::Cb, 0.05, &probe);
-    pTimer->Pause();
-    pTimer->SetInterval(0.01);
-    auto resume = [&] { events.push_back("resume"); pTimer->Resume(); };
-    After(0.3, &resume);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<std::string>{"resume", "timer"}), events);
     Free(pTimer);
 }
 

@@ -190,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(
         TimingCase{"DeclaredTickRate", "<p begin=\"20t\" end=\"40t\">A</p>", "ttp:tickRate=\"10\"", "2000-4000"},
         TimingCase{"DeclaredFrameRate", "<p begin=\"25f\" end=\"50f\">A</p>", "ttp:frameRate=\"25\"",
                    "1000-2000"}),
-    [](const ::testing::TestParamInfo<TimingCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 // Three sets with only a dur in a seq span: they follow one another from the
 // span's begin until the span's end is used up; the span keeps its times.
@@ -257,7 +257,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "<div region=\"r2\"><p begin=\"1s\" end=\"2s\">A</p></div>", true, false},
         DisplayCase{"HiddenRegion", kHiddenRegion, "",
                     "<div region=\"r2\"><p begin=\"1s\" end=\"2s\">A</p></div>", false, false}),
-    [](const ::testing::TestParamInfo<DisplayCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 // ---- Regions and root parameters -----------------------------------------------
 
@@ -330,7 +330,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ExtentCase{"SingleLength", "tts:extent=\"640px\"", "", ""},
                       ExtentCase{"Auto", "tts:extent=\"auto\"", "", ""},
                       ExtentCase{"Absent", "", "", ""}),
-    [](const ::testing::TestParamInfo<ExtentCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(ImscRoot, RatesDefaultAndDeclared)
 {
@@ -416,7 +416,7 @@ INSTANTIATE_TEST_SUITE_P(
         SetCase{"DivSetReachesText", kRegion,
                 "<div><set begin=\"1s\" end=\"2s\" tts:color=\"#ff0000\"/><p begin=\"0s\" end=\"3s\">A</p></div>",
                 "0-1000,1000-2000R,2000-3000", ""}),
-    [](const ::testing::TestParamInfo<SetCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 struct RegionSetCase {
     const char* name;
@@ -454,7 +454,7 @@ INSTANTIATE_TEST_SUITE_P(
         RegionSetCase{"BeyondElementAddsNothing", "<set begin=\"20s\" end=\"25s\" tts:backgroundColor=\"#ff0000\"/>",
                       "5000-10000"},
         RegionSetCase{"UntimedSetSkipped", "<set tts:backgroundColor=\"#ff0000\"/>", "5000-10000"}),
-    [](const ::testing::TestParamInfo<RegionSetCase>& info) { return std::string(info.param.name); });
+    [](const auto& info) { return std::string(info.param.name); });
 
 // ---- Limits and corpus -------------------------------------------------------------
 

@@ -101,7 +101,6 @@ TEST(AttrHandler, ToAttrStringOutOfRangeIsInvalid)
     TestAttrHandler handler;
     EXPECT_EQ("invalid", handler.ToAttrString(static_cast<TTMLAttr>(58)));
     EXPECT_EQ("invalid", handler.ToAttrString(static_cast<TTMLAttr>(-1)));
-    EXPECT_EQ("timecontainer", handler.ToAttrString(ATTR_TIMECONTAINER));
 }
 
 TEST(AttrHandler, FreshHandlerIsEmptyApartFromInheritance)
@@ -255,16 +254,9 @@ const CheckCase kCheckCases[] = {
     CHECK_CASE(FrameRate, "", 1, ""),
     CHECK_CASE(FrameRate, "25.5", 1, "25.5"),
     CHECK_CASE(FrameRate, "-25", 1, "-25"),
+    // The clock-time shapes are tabled in ClockTimeCheckTest; these two check the logging.
     CHECK_CASE(ClockTimeFormat, "00:00:01", 0, "00:00:01"),
-    CHECK_CASE(ClockTimeFormat, "100:59:59.5", 0, "100:59:59.5"),
-    CHECK_CASE(ClockTimeFormat, "00:00:01:12.5", 0, "00:00:01:12.5"),
-    CHECK_CASE(ClockTimeFormat, "00:00:01:12", 0, "00:00:01:12"),
-    CHECK_CASE(ClockTimeFormat, "0:00:01", 1, "0:00:01"),
-    CHECK_CASE(ClockTimeFormat, "00:60:00", 1, "00:60:00"),
-    CHECK_CASE(ClockTimeFormat, "00:00:60", 1, "00:00:60"),
     CHECK_CASE(ClockTimeFormat, "00:00:01.", 1, "00:00:01."),
-    CHECK_CASE(ClockTimeFormat, "1s", 1, "1s"),
-    CHECK_CASE(ClockTimeFormat, " 00:00:01", 1, " 00:00:01"),
     CHECK_CASE(ColorFormat, "#FFFFFF", 0, "#FFFFFF"),
     CHECK_CASE(ColorFormat, "#ffffff80", 0, "#ffffff80"),
     CHECK_CASE(ColorFormat, "rgb(0,0,0)", 0, "rgb(0,0,0)"),

@@ -3,7 +3,6 @@
 #include <boost/regex.hpp>
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <random>
 #include <string>
 

@@ -153,24 +153,18 @@ TEST_F(ElementTest, ParentIsHeldWeakly)
 
 // ---- Referenced styles and regions ---------------------------------------------------
 
-TEST_F(ElementTest, ReferencedAttributesWinExceptTheId)
-{
-    auto style = Make(ELEM_STYLE, {{ATTR_ID, "s1"}, {ATTR_COLOR, "#ffff00"}, {ATTR_FONTSIZE, "120%"}});
-    auto p = Make(ELEM_P, {{ATTR_ID, "p1"}, {ATTR_COLOR, "#ffffff"}, {ATTR_BEGIN, "0"}});
-    p->CopyReferencedAttr(style);
-    EXPECT_EQ((AttrMap{{ATTR_BEGIN, "0"}, {ATTR_COLOR, "#ffff00"}, {ATTR_FONTSIZE, "120%"}, {ATTR_ID, "p1"}}),
-              p->GetAttrMap());
-}
-
+// The referenced style's id never replaces the element's own.
 TEST_F(ElementTest, InheritedThenReferencedThenOwn)
 {
     auto parent = Make(ELEM_DIV, {{ATTR_COLOR, "#ff0000"}, {ATTR_FONTSIZE, "80%"}, {ATTR_TEXTALIGN, "left"}});
     auto style = Make(ELEM_STYLE, {{ATTR_ID, "s1"}, {ATTR_COLOR, "#00ff00"}, {ATTR_FONTSIZE, "90%"}});
     auto p = Make(ELEM_P);
     p->CreateFromParent(parent);
+    p->AddAttrValue(ATTR_ID, "p1");
     p->CopyReferencedAttr(style);
     p->AddAttrValue(ATTR_COLOR, "#0000ff");
-    EXPECT_EQ((AttrMap{{ATTR_COLOR, "#0000ff"}, {ATTR_FONTSIZE, "90%"}, {ATTR_TEXTALIGN, "left"}}), p->GetAttrMap());
+    EXPECT_EQ((AttrMap{{ATTR_COLOR, "#0000ff"}, {ATTR_FONTSIZE, "90%"}, {ATTR_ID, "p1"}, {ATTR_TEXTALIGN, "left"}}),
+              p->GetAttrMap());
 }
 
 TEST_F(ElementTest, MissingReferenceWarnsAndChangesNothing)

@@ -148,18 +148,6 @@ INSTANTIATE_TEST_SUITE_P(
                   40}),
     [](const ::testing::TestParamInfo<SplitCase>& info) { return std::string(info.param.name); });
 
-TEST(SubtitleInfo, ElementAddedTwiceIsListedTwice)
-{
-    CSubtitleInfo info;
-    auto e = std::make_shared<CElement>(ELEM_SPAN);
-    info.AddElement(0, 1000, e);
-    info.AddElement(500, 1500, e);
-    ASSERT_EQ(0, info.SplitSubtitleInfoData());
-    std::list<CElementSPTR> list;
-    info.GetElementListForInterval({500, 1000}, list);
-    EXPECT_EQ((std::list<CElementSPTR>{e, e}), list);
-}
-
 // ---- Untimed elements and failures ---------------------------------------------------
 
 TEST(SubtitleInfo, NoTimedElementIsADocumentError)

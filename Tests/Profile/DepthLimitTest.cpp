@@ -84,20 +84,8 @@ TEST(DepthLimitReuse, ProfileWalksNormallyAfterARefusal)
 {
     WalkTest::TestProfile profile;
     ASSERT_TRUE(profile.Initialize());
-    int results[2];
-    const std::string docs[2] = {SpanChain(100), SpanChain(10)};
-    for (int i = 0; i < 2; ++i) {
-        CXmlParser reader;
-        CSubtitleInfo info;
-        ASSERT_TRUE(reader.ReadMemory(docs[i].data(), static_cast<int>(docs[i].size())));
-        CProfile::TTMLProfileData data;
-        data.pXmlParser = &reader;
-        data.pSubtitleInfo = &info;
-        results[i] = profile.ProcessSubtitles(&data);
-        profile.Reset();
-    }
-    EXPECT_EQ(ERR_INVALID, results[0]);
-    EXPECT_EQ(ERR_NONE, results[1]);
+    EXPECT_EQ(ERR_INVALID, WalkTest::WalkAndReset(profile, SpanChain(100)));
+    EXPECT_EQ(ERR_NONE, WalkTest::WalkAndReset(profile, SpanChain(10)));
     profile.Destroy();
 }
 

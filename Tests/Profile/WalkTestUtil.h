@@ -43,6 +43,20 @@ inline std::string Para(const std::string& inner, const std::string& attrs = "")
            "</p></div>";
 }
 
+// Walks `xml` with an initialised `profile`, then resets it for the next document.
+inline int WalkAndReset(TestProfile& profile, const std::string& xml)
+{
+    TTML::CXmlParser reader;
+    TTML::CSubtitleInfo info;
+    EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
+    TTML::CProfile::TTMLProfileData data;
+    data.pXmlParser = &reader;
+    data.pSubtitleInfo = &info;
+    const int result = profile.ProcessSubtitles(&data);
+    profile.Reset();
+    return result;
+}
+
 struct Timed {
     unsigned long long begin;
     unsigned long long end;

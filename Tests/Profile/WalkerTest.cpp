@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -16,33 +17,7 @@ using WalkTest::Doc;
 using WalkTest::Para;
 using WalkTest::Walk;
 
-TEST(WalkerInput, NullOrIncompleteRecordIsRefused)
-{
-    LogCapture log;
-    WalkTest::TestProfile profile;
-    ASSERT_TRUE(profile.Initialize());
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(nullptr));
-
-    CXmlParser reader;
-    CSubtitleInfo info;
-    CProfile::TTMLProfileData noInfo;
-    noInfo.pXmlParser = &reader;
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noInfo));
-    CProfile::TTMLProfileData noReader;
-    noReader.pSubtitleInfo = &info;
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noReader));
-    EXPECT_EQ(3, log.Count("Invalid parameters"));
-
-    // An empty reader has no root.
-    CProfile::TTMLProfileData data;
-    data.pXmlParser = &reader;
-    data.pSubtitleInfo = &info;
-    EXPECT_EQ(ERR_INVALID, profile.ProcessSubtitles(&data));
-    EXPECT_TRUE(log.Has("Root element not found"));
-    profile.Destroy();
-}
-
-TEST(WalkerInput, UninitialisedProfileIsRefused)
+TEST(WalkerInput, UninitialisedProfileNullOrIncompleteRecordIsRefused)
 {
     LogCapture log;
     WalkTest::TestProfile profile;
@@ -53,6 +28,21 @@ TEST(WalkerInput, UninitialisedProfileIsRefused)
     data.pSubtitleInfo = &info;
     EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&data));
     EXPECT_TRUE(log.Has("NULL pointer found"));
+
+    ASSERT_TRUE(profile.Initialize());
+    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(nullptr));
+    CProfile::TTMLProfileData noInfo;
+    noInfo.pXmlParser = &reader;
+    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noInfo));
+    CProfile::TTMLProfileData noReader;
+    noReader.pSubtitleInfo = &info;
+    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noReader));
+    EXPECT_EQ(3, log.Count("Invalid parameters"));
+
+    // An empty reader has no root.
+    EXPECT_EQ(ERR_INVALID, profile.ProcessSubtitles(&data));
+    EXPECT_TRUE(log.Has("Root element not found"));
+    profile.Destroy();
 }
 
 TEST(WalkerInput, InitializeTwiceAndDestroyTwiceWarn)
@@ -73,22 +63,9 @@ TEST(WalkerInput, ResetForgetsTheFormerDocumentsRegions)
 {
     WalkTest::TestProfile profile;
     ASSERT_TRUE(profile.Initialize());
-    const std::string withRegion = Doc(Para("<span>a</span>"));
-    const std::string withoutRegion = Doc("<div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">a</p></div>", "", "");
-    int results[2];
-    const std::string* docs[2] = {&withRegion, &withoutRegion};
-    for (int i = 0; i < 2; ++i) {
-        CXmlParser reader;
-        CSubtitleInfo info;
-        ASSERT_TRUE(reader.ReadMemory(docs[i]->data(), static_cast<int>(docs[i]->size())));
-        CProfile::TTMLProfileData data;
-        data.pXmlParser = &reader;
-        data.pSubtitleInfo = &info;
-        results[i] = profile.ProcessSubtitles(&data);
-        profile.Reset();
-    }
-    EXPECT_EQ(ERR_NONE, results[0]);
-    EXPECT_EQ(ERR_INVALID, results[1]);
+    EXPECT_EQ(ERR_NONE, WalkTest::WalkAndReset(profile, Doc(Para("<span>a</span>"))));
+    const std::string noRegion = Doc("<div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">a</p></div>", "", "");
+    EXPECT_EQ(ERR_INVALID, WalkTest::WalkAndReset(profile, noRegion));
     profile.Destroy();
 }
 
@@ -185,14 +162,11 @@ TEST(WalkerBody, InheritsOnlyLangAndSpaceFromTheRoot)
     // ... but the profile defaults.
     EXPECT_EQ("100%", Attr(text, ATTR_FONTSIZE));
     EXPECT_EQ("always", Attr(text, ATTR_SHOWBACKGROUND));
-}
 
-TEST(WalkerBody, WithoutRootLanguageHasNone)
-{
-    Walk w(Doc(Para("x")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    EXPECT_EQ("<absent>", Attr(w.Text("x"), ATTR_LANG));
-    EXPECT_EQ("<absent>", Attr(w.Text("x"), ATTR_SPACE));
+    Walk bare(Doc(Para("x")));
+    ASSERT_EQ(ERR_NONE, bare.result);
+    EXPECT_EQ("<absent>", Attr(bare.Text("x"), ATTR_LANG));
+    EXPECT_EQ("<absent>", Attr(bare.Text("x"), ATTR_SPACE));
 }
 
 TEST(WalkerBody, RootCellResolutionAndTimeBaseReachTheDocument)
@@ -295,18 +269,12 @@ INSTANTIATE_TEST_SUITE_P(
                       WhiteSpaceCase{"Empty", "", ""}),
     [](const ::testing::TestParamInfo<WhiteSpaceCase>& info) { return std::string(info.param.name); });
 
-TEST(WalkerText, SpaceDecidesWhetherTextIsNormalised)
+TEST(WalkerText, SpaceDecidesNormalisingAndEscapesStay)
 {
-    Walk w(Doc(Para("<span>\n   Hello</span><span xml:space=\"preserve\">\n   World</span>")));
+    Walk w(Doc(Para("<span>\n   Hello</span><span xml:space=\"preserve\">\n   World</span><span>a &lt; b</span>")));
     ASSERT_EQ(ERR_NONE, w.result);
     EXPECT_TRUE(w.Text("Hello"));
     EXPECT_TRUE(w.Text("\n   World"));
-}
-
-TEST(WalkerText, EscapedCharactersStayEscaped)
-{
-    Walk w(Doc(Para("<span>a &lt; b</span>")));
-    ASSERT_EQ(ERR_NONE, w.result);
     EXPECT_TRUE(w.Text("a &lt; b"));
 }
 
@@ -385,22 +353,18 @@ TEST(WalkerText, NestedSpansHaveTheParagraphAsParent)
 
 TEST(WalkerText, LastChildOfTheLastSpanIsMarked)
 {
-    Walk w(Doc(Para("<span>a</span><span>b<br/>c</span>")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    std::string marks;
-    for (const auto& t : w.TimedElements()) {
-        const std::string text = Attr(t.element, ATTR_TEXT);
-        marks += (text == "\n" ? "br" : text) + (t.element->GetLastChild() ? "+ " : "- ");
+    const std::pair<const char*, const char*> cases[] = {{"<span>a</span><span>b<br/>c</span>", "a- b- br- c+ "},
+                                                         {"only", "only+ "}};
+    for (const auto& c : cases) {
+        Walk w(Doc(Para(c.first)));
+        ASSERT_EQ(ERR_NONE, w.result);
+        std::string marks;
+        for (const auto& t : w.TimedElements()) {
+            const std::string text = Attr(t.element, ATTR_TEXT);
+            marks += (text == "\n" ? "br" : text) + (t.element->GetLastChild() ? "+ " : "- ");
+        }
+        EXPECT_EQ(c.second, marks);
     }
-    EXPECT_EQ("a- b- br- c+ ", marks);
-}
-
-TEST(WalkerText, LoneTextOfAParagraphIsMarked)
-{
-    Walk w(Doc(Para("only")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    ASSERT_TRUE(w.Text("only"));
-    EXPECT_TRUE(w.Text("only")->GetLastChild());
 }
 
 TEST(WalkerFailure, FailingChildStopsTheWalkAndTheDocument)

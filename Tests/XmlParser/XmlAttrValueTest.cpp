@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
 
-#include <ostream>
 #include <string>
 
 namespace {
