@@ -2,6 +2,8 @@
 // interval once and in order, and the distribution lines must be there. The
 // lateness values themselves are not judged here (tests do not time).
 
+#include "ShellRun.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -14,26 +16,6 @@
 namespace {
 
 #ifdef INTERTITLE_TTML_TIMING
-
-struct ShellRun {
-    int status = -1;
-    std::string out;
-};
-
-ShellRun Shell(const std::string& cmd)
-{
-    ShellRun r;
-    FILE* f = popen(cmd.c_str(), "r");
-    if (!f)
-        return r;
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof(buf), f)) > 0)
-        r.out.append(buf, n);
-    int st = pclose(f);
-    r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-    return r;
-}
 
 const char kNumber[] = "\\s+-?[0-9]+\\.[0-9]+";
 

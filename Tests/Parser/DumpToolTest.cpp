@@ -2,6 +2,8 @@
 // field by field after Python's json module has read it (so it must be valid
 // JSON), and the exit status and reasons of a refused document.
 
+#include "ShellRun.h"
+
 #include <gtest/gtest.h>
 
 #include <sys/wait.h>
@@ -39,26 +41,6 @@ for n, line in enumerate(open(sys.argv[1], encoding="utf-8")):
     walk(str(n), json.loads(line), out)
     print("\n".join(out))
 )PY";
-
-struct ShellRun {
-    int status = -1;
-    std::string out;
-};
-
-ShellRun Shell(const std::string& cmd)
-{
-    ShellRun r;
-    FILE* f = popen(cmd.c_str(), "r");
-    if (!f)
-        return r;
-    char buf[4096];
-    size_t n;
-    while ((n = fread(buf, 1, sizeof(buf), f)) > 0)
-        r.out.append(buf, n);
-    int st = pclose(f);
-    r.status = WIFEXITED(st) ? WEXITSTATUS(st) : -1;
-    return r;
-}
 
 std::string TempPath(const char* tag)
 {
