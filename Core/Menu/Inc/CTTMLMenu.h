@@ -1,6 +1,10 @@
 #ifndef TTML_MENU_CTTMLMENU_H
 #define TTML_MENU_CTTMLMENU_H
 
+#include "CCaptionDivision.h"
+#include "TTMLMenuOption.h"
+#include "TTMLTypes.h"
+
 #include <map>
 #include <string>
 #include <vector>
@@ -18,7 +22,7 @@ namespace TTML {
 // Threads: GetInstance and the listener map take no lock (the singleton is
 // made on the main loop before any source message can arrive); every other
 // operation may be called from the source thread.
-class CTTMLMenu {
+class CTTMLMenu : public CCaptionDivision {
 public:
     typedef void (*MenuChangeCallback)(void* pUserData);
 
@@ -26,6 +30,14 @@ public:
     static CTTMLMenu* GetInstance();
     // Deletes the singleton; the next GetInstance makes a fresh one.
     static void Destroy();
+
+    // The record itself; the renderer reads it on the main loop.
+    TTMLMenuOption* GetTTMLMenuData() { return &m_menuData; }
+    // Menu colour index 1..8 to a colour; 0 gives false with out unchanged,
+    // anything else false with a warning.
+    bool GetTTMLColorByEnum(int index, TTMLColor& out) const;
+    // Menu font index 1..8 to a font family name; the same rule.
+    bool GetTTMLFontStyleByEnum(int index, std::string& out) const;
 
     // Reads every caption key into the menu record. The result of the last read.
     bool ReadMenuData();
@@ -57,11 +69,12 @@ public:
 
 private:
     CTTMLMenu() = default;
-    ~CTTMLMenu() = default;
+    ~CTTMLMenu() override = default;
 
     static void m_Record(const std::string& call);
 
     static CTTMLMenu* m_pTTMLMenu;
+    TTMLMenuOption m_menuData;
     std::map<MenuChangeCallback, void*> m_listeners;
 };
 

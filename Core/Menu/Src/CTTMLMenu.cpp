@@ -10,6 +10,24 @@ namespace TTML {
 
 namespace {
 
+// Menu colour enumeration; index 0 is never handed out.
+const TTMLColor kMenuColors[9] = {
+    {65535, 65535, 65535, 65535, true},  // 0: unused
+    {65535, 65535, 65535, 65535, true},  // 1 white
+    {65535, 0, 0, 0, true},              // 2 black
+    {65535, 65535, 0, 0, true},          // 3 red
+    {65535, 0, 65535, 0, true},          // 4 green
+    {65535, 0, 0, 65535, true},          // 5 blue
+    {65535, 65535, 65535, 0, true},      // 6 yellow
+    {65535, 65535, 0, 65535, true},      // 7 magenta
+    {65535, 0, 65535, 65535, true},      // 8 cyan
+};
+
+// Menu font enumeration; the Cpf names are the TV's preset caption fonts.
+const char* const kMenuFonts[9] = {
+    "monospaceserif", "monospaceserif", "Cpf01", "Cpf02", "Cpf03", "Cpf04", "Cpf05", "Cpf06", "Cpf07",
+};
+
 std::mutex g_callLock;
 std::vector<std::string> g_calls;
 
@@ -32,6 +50,30 @@ void CTTMLMenu::Destroy()
     m_Record("Destroy()");
     delete m_pTTMLMenu;
     m_pTTMLMenu = nullptr;
+}
+
+bool CTTMLMenu::GetTTMLColorByEnum(int index, TTMLColor& out) const
+{
+    if (index == 0)
+        return false;
+    if (index < 1 || index > 8) {
+        TTML_WARN("Wrong Color selected.");
+        return false;
+    }
+    out = kMenuColors[index];
+    return true;
+}
+
+bool CTTMLMenu::GetTTMLFontStyleByEnum(int index, std::string& out) const
+{
+    if (index == 0)
+        return false;
+    if (index < 1 || index > 8) {
+        TTML_WARN("Wrong Font Style selected.");
+        return false;
+    }
+    out = kMenuFonts[index];
+    return true;
 }
 
 bool CTTMLMenu::ReadMenuData()
