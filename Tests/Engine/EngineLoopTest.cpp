@@ -1,11 +1,11 @@
 // The presentation engine on a real Ecore main loop against a media clock
 // running in real time: what is drawn and removed, and when, through the
-// graphics engine's records.
+// regions the graphics component shows and paragraphs it gives back.
 #include "DocumentLedger.h"
 #include "../Graphics/MainLoopFixture.h"
 
 #include "CEngine.h"
-#include "CGraphicsEngine.h"
+#include "DrawRecorder.h"
 #include "CMainThreadUtils.h"
 #include "CMediaClock.h"
 #include "CSubtitleInfo.h"
@@ -45,8 +45,8 @@ namespace {
 
 typedef std::pair<unsigned long long, unsigned long long> Span;
 
-// One paragraph per span; spans that do not overlap become intervals of
-// their own, so a renderer's recorded begin and end name its interval.
+// One paragraph per span, its text the span's begin; spans that do not
+// overlap become intervals of their own, so the text drawn names the interval.
 CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
 {
     CSubtitleInfo* pInfo = new CSubtitleInfo();
@@ -56,6 +56,7 @@ CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spa
         CElementSPTR p = std::make_shared<CElement>(ELEM_P);
         p->AddAttrValue(ATTR_BEGIN, std::to_string(span.first));
         p->AddAttrValue(ATTR_END, std::to_string(span.second));
+        p->AddAttrValue(ATTR_TEXT, std::to_string(span.first));
         pInfo->AddElement(span.first, span.second, p);
     }
     pInfo->SetTimeStamp(timeStamp);
@@ -122,34 +123,19 @@ public:
     }
 
     // "D<begin>" drawn, "R<begin>" removed (renderer destroyed), in order.
-    std::vector<std::string> Trace()
-    {
-        std::vector<std::string> trace;
-        for (const CGraphicsEngine::Event& e : m_pEngine->GetGraphicsEngine()->GetEvents()) {
-            if (e.kind == CGraphicsEngine::RENDERER_DRAWN)
-                trace.push_back("D" + std::to_string(e.begin));
-            else if (e.kind == CGraphicsEngine::RENDERER_DESTROYED)
-                trace.push_back("R" + std::to_string(e.begin));
-        }
-        return trace;
-    }
+    std::vector<std::string> Trace() { return m_drawn.Trace(); }
 
     // Wall-clock ms since Init of each event of a kind.
-    std::vector<long long> Times(CGraphicsEngine::EventKind kind)
+    std::vector<long long> Times(IDrawObserver::Kind kind)
     {
-        const long long origin =
-            std::chrono::duration_cast<std::chrono::nanoseconds>(m_start.time_since_epoch()).count();
-        std::vector<long long> times;
-        for (const CGraphicsEngine::Event& e : m_pEngine->GetGraphicsEngine()->GetEvents())
-            if (e.kind == kind)
-                times.push_back((e.steadyNs - origin) / 1000000);
-        return times;
+        return m_drawn.Times(kind, std::chrono::duration_cast<std::chrono::nanoseconds>(m_start.time_since_epoch()).count());
     }
 
     CEngine* m_pEngine = nullptr;
     CMediaClock m_clock;
     std::chrono::steady_clock::time_point m_start;
     DocumentLedger m_ledger;
+    DrawRecorder m_drawn;
 
 private:
     struct Scheduled {
@@ -216,8 +202,8 @@ TEST_P(Play, DrawsAndRemovesInOrder)
     EXPECT_EQ(c.trace, Trace()) << log.Dump();
     for (const char* message : c.logs)
         EXPECT_TRUE(log.Has(message)) << message;
-    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
-    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetRejectedCount());
+    EXPECT_EQ(0, m_drawn.Live());
+    EXPECT_EQ(0, m_drawn.Rejected());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -250,7 +236,7 @@ TEST_F(EngineLoop, RemovalFollowsTheMediaClockNotTheDocumentOrder)
     Init();
     At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{100, 250}, {400, 500}})); });
     ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 4; }));
-    std::vector<long long> drawn = Times(CGraphicsEngine::RENDERER_DRAWN);
+    std::vector<long long> drawn = Times(IDrawObserver::REGION_SHOWN);
     ASSERT_EQ(2u, drawn.size());
     // Generous upper bounds: the machine is shared.
     EXPECT_GE(drawn[0], 95);
@@ -277,7 +263,7 @@ TEST_F(EngineLoop, PauseHoldsWhatIsShownUntilResume)
     });
     ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 2; }));
     EXPECT_EQ((std::vector<std::string>{"D50", "R50"}), Trace());
-    std::vector<long long> removed = Times(CGraphicsEngine::RENDERER_DESTROYED);
+    std::vector<long long> removed = Times(IDrawObserver::PARAGRAPH_GONE);
     ASSERT_EQ(1u, removed.size());
     // 100 ms before the pause, 400 ms paused, 150 ms after: about 650.
     EXPECT_GE(removed[0], 600);
@@ -303,7 +289,7 @@ TEST_F(EngineLoop, SeekOutOfBandReplaysFromTheIntervalHoldingThePosition)
         if (t[0] == 'D')
             drawn.push_back(t);
     EXPECT_EQ((std::vector<std::string>{"D50", "D350", "D450", "D550"}), drawn) << log.Dump();
-    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    EXPECT_EQ(0, m_drawn.Live());
     EXPECT_EQ(std::vector<int>{0}, m_ledger.Counts()) << "the replayed document is still kept";
 }
 
@@ -314,7 +300,7 @@ TEST_F(EngineLoop, BandModeFreesEndedSegmentsBeyondTheLastTwo)
         for (unsigned long long begin : {100ULL, 150ULL, 200ULL, 250ULL})
             m_pEngine->AddToQueue(MakeDocument(m_ledger, {{begin, begin + 50}}));
     });
-    ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DESTROYED) == 4; }));
+    ASSERT_TRUE(RunUntil([&] { return m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) == 4; }));
     // Removing the first two records found more than two segments kept.
     EXPECT_EQ((std::vector<int>{1, 1, 0, 0}), m_ledger.Counts());
     m_pEngine->Destroy();
@@ -369,16 +355,16 @@ TEST_P(Blocked, ReleasesTheEngineThreadWithoutDeadlock)
         ASSERT_TRUE(RunUntil([&] { return log.Has("Engine reset done"); }));
         ASSERT_TRUE(reached) << log.Dump();
         EXPECT_EQ(std::vector<int>{1}, m_ledger.Counts());
-        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
-        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN));
+        EXPECT_EQ(0, m_drawn.Live());
+        EXPECT_EQ(0, m_drawn.Count(IDrawObserver::REGION_SHOWN));
         // Still in service: the next document is shown.
         ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, {{0, 5000}})));
-        ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN) == 1; }));
+        ASSERT_TRUE(RunUntil([&] { return m_drawn.Count(IDrawObserver::REGION_SHOWN) == 1; }));
     } else {
         ASSERT_TRUE(RunUntil([&] { return reached; }));
         ASSERT_TRUE(reached) << log.Dump();
         EXPECT_EQ(std::vector<int>{1}, m_ledger.Counts());
-        EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+        EXPECT_EQ(0, m_drawn.Live());
     }
 }
 
@@ -418,12 +404,12 @@ TEST_P(DestroyQueued, FreesEveryDocumentExactlyOnce)
     if (c.playMs) {
         At(0, queue);
         ASSERT_TRUE(RunUntil([&] { return MediaNow() >= c.playMs; }));
-        EXPECT_GT(m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DRAWN), 0);
+        EXPECT_GT(m_drawn.Count(IDrawObserver::REGION_SHOWN), 0);
     } else {
         queue();
     }
     m_pEngine->Destroy();
-    EXPECT_EQ(0, m_pEngine->GetGraphicsEngine()->GetLiveCount());
+    EXPECT_EQ(0, m_drawn.Live());
     delete m_pEngine;
     m_pEngine = nullptr;
     EXPECT_EQ(std::vector<int>(static_cast<std::size_t>(c.documents), 1), m_ledger.Counts());
@@ -487,9 +473,8 @@ TEST_P(MenuChange, RedrawsWhatIsShown)
     At(100, [] { CTTMLMenu::GetInstance()->NotifyMenuChange(); });
     ASSERT_TRUE(RunUntil([&] { return MediaNow() >= 150; }));
     EXPECT_TRUE(log.Has(c.message)) << log.Dump();
-    CGraphicsEngine* pGraphics = m_pEngine->GetGraphicsEngine();
-    EXPECT_EQ(c.draws, pGraphics->Count(CGraphicsEngine::RENDERER_DRAWN));
-    EXPECT_EQ(c.spans.empty() ? 0 : 1, pGraphics->GetLiveCount()) << "the old renderer is replaced";
+    EXPECT_EQ(c.draws, m_drawn.Count(IDrawObserver::REGION_SHOWN));
+    EXPECT_EQ(c.spans.empty() ? 0 : 1, m_drawn.Live()) << "the old renderer is replaced";
 }
 
 INSTANTIATE_TEST_SUITE_P(Engine, MenuChange,
@@ -500,12 +485,14 @@ INSTANTIATE_TEST_SUITE_P(Engine, MenuChange,
 
 TEST_F(EngineLoop, FlashingRecordIsRedrawnEveryFlashInterval)
 {
-    m_pEngine->GetGraphicsEngine()->SetFlashing(true);
+    // Blinking text from the caption settings (TearDown's menu reset undoes it).
+    CTTMLMenu::GetInstance()->GetTTMLMenuData()->status = 1;
+    CTTMLMenu::GetInstance()->GetTTMLMenuData()->fontOpacity = 1;
     Init();
     At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 1000}})); });
-    ASSERT_TRUE(RunUntil([&] { return m_pEngine->GetGraphicsEngine()->Count(CGraphicsEngine::RENDERER_DESTROYED) == 1; }));
-    std::vector<long long> drawn = Times(CGraphicsEngine::RENDERER_DRAWN);
-    std::vector<long long> removed = Times(CGraphicsEngine::RENDERER_DESTROYED);
+    ASSERT_TRUE(RunUntil([&] { return m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) == 1; }));
+    std::vector<long long> drawn = Times(IDrawObserver::REGION_SHOWN);
+    std::vector<long long> removed = Times(IDrawObserver::PARAGRAPH_GONE);
     // 50, 350, 650; at 950 less than 300 ms is left, so that is the last one.
     ASSERT_GE(drawn.size(), 3u);
     EXPECT_LE(drawn.size(), 4u);

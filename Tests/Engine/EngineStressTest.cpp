@@ -14,7 +14,7 @@
 
 #include "CController.h"
 #include "CElement.h"
-#include "CGraphicsEngine.h"
+#include "DrawRecorder.h"
 #include "CMediaClock.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
@@ -175,35 +175,6 @@ SubRawData* MakeXmlDocument(std::mt19937& rng, long long mediaTime, void* pCore)
     return pRaw;
 }
 
-// Every renderer call the graphics engine records, with the calling thread.
-struct RendererLedger {
-    std::mutex lock;
-    std::map<int, int> created;  // by serial
-    std::map<int, int> destroyed;
-    int draws = 0;
-    int offMainLoop = 0;  // draws and removals made off the main loop
-    std::thread::id mainLoop;
-};
-
-void Observe_Cb(const CGraphicsEngine::Event& event, void* pUser)
-{
-    RendererLedger* pLedger = static_cast<RendererLedger*>(pUser);
-    std::lock_guard<std::mutex> guard(pLedger->lock);
-    switch (event.kind) {
-    case CGraphicsEngine::RENDERER_CREATED:
-        ++pLedger->created[event.serial];
-        return;
-    case CGraphicsEngine::RENDERER_DRAWN:
-        ++pLedger->draws;
-        break;
-    case CGraphicsEngine::RENDERER_DESTROYED:
-        ++pLedger->destroyed[event.serial];
-        break;
-    }
-    if (std::this_thread::get_id() != pLedger->mainLoop)
-        ++pLedger->offMainLoop;
-}
-
 struct StressCase {
     const char* name;
     bool bandMode;
@@ -230,14 +201,6 @@ public:
         // The controller makes its own graphics object.
         DestroyGraphics();
         CTTMLMenu::Destroy();
-        m_renderers.mainLoop = std::this_thread::get_id();
-        CGraphicsEngine::SetObserver(Observe_Cb, &m_renderers);
-    }
-
-    void TearDown() override
-    {
-        CGraphicsEngine::SetObserver(nullptr, nullptr);
-        MainLoopTest::TearDown();
     }
 
     static Eina_Bool MenuTick_Cb(void*)
@@ -246,7 +209,8 @@ public:
         return ECORE_CALLBACK_RENEW;
     }
 
-    RendererLedger m_renderers;
+    // Paragraphs made and given back, regions shown, with their threads.
+    DrawRecorder m_drawn;
     ClockSource m_source;
 };
 
@@ -259,6 +223,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     RecordProperty("seed", std::to_string(seed));
     SCOPED_TRACE("seed " + std::to_string(seed));
     LogCapture log;
+    const std::thread::id mainLoop = std::this_thread::get_id();
 
     CController* pCore = static_cast<CController*>(ICore::GetInstance());
     ASSERT_TRUE(pCore->Initialize(&m_source, m_canvas.GetBaseLayout()));
@@ -369,7 +334,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     std::printf("EngineStress: %d documents built, %d parsed, %d playback changes, %d menu notifications "
                 "(%d redraws), %d draws\n",
                 queued.load(), parsed.load(), playbackCalls.load(), menuCalls.load(),
-                log.Count("Subtitles on screen update after menu change!"), m_renderers.draws);
+                log.Count("Subtitles on screen update after menu change!"), m_drawn.Count(IDrawObserver::REGION_SHOWN));
 
     const std::vector<int> freed = g_ledger.Counts();
     int notOnce = 0;
@@ -380,23 +345,18 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     EXPECT_EQ(0, notOnce) << "documents not freed exactly once";
     EXPECT_GT(queued.load(), 0);
 
-    std::lock_guard<std::mutex> guard(m_renderers.lock);
-    EXPECT_GT(m_renderers.draws, 0) << "nothing was ever shown";
-    int leaked = 0;
-    int destroyedTwice = 0;
-    for (const auto& entry : m_renderers.created) {
-        auto it = m_renderers.destroyed.find(entry.first);
-        if (it == m_renderers.destroyed.end())
-            ++leaked;
-        else if (it->second != 1)
-            ++destroyedTwice;
+    EXPECT_GT(m_drawn.Count(IDrawObserver::REGION_SHOWN), 0) << "nothing was ever shown";
+    EXPECT_EQ(0, m_drawn.Live()) << "paragraphs of renderers never destroyed";
+    EXPECT_EQ(0, m_drawn.Rejected()) << "paragraphs given back more than once";
+    int offMainLoop = 0;
+    for (const DrawRecorder::Event& e : m_drawn.Events()) {
+        const bool drawing = e.kind != IDrawObserver::PARAGRAPH_MADE;
+        if (drawing && e.thread != mainLoop)
+            ++offMainLoop;
     }
-    EXPECT_EQ(0, leaked) << "renderers never destroyed";
-    EXPECT_EQ(0, destroyedTwice) << "renderers destroyed more than once";
-    EXPECT_EQ(m_renderers.created.size(), m_renderers.destroyed.size()) << "destroyed but never created";
-    EXPECT_EQ(0, m_renderers.offMainLoop) << "drawing or removal off the main loop";
-    EXPECT_FALSE(log.HasContaining("is not live")) << "a renderer call was refused";
-    EXPECT_FALSE(log.HasContaining("renderer(s) not destroyed")) << "the graphics engine freed leftovers";
+    EXPECT_EQ(0, offMainLoop) << "drawing or removal off the main loop";
+    EXPECT_FALSE(log.HasContaining("DestroyObject: unknown object")) << "an object was given back twice";
+    EXPECT_FALSE(log.HasContaining("renderers were not destroyed")) << "the graphics engine had leftovers";
     EXPECT_FALSE(log.Has("Potential memory leak! Need to check.")) << "the schedule was not emptied";
 }
 

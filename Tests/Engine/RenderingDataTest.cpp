@@ -1,5 +1,8 @@
 #include "CGraphicsEngine.h"
+#include "CHeadlessCanvas.h"
 #include "CRenderingData.h"
+#include "DrawRecorder.h"
+#include "IGraphics.h"
 #include "LogCapture.h"
 #include "TTMLElem.h"
 
@@ -43,17 +46,30 @@ std::string Describe(const CRenderingData& schedule)
 
 // Builds records as the engine does and, at the end, clears the schedule the
 // way the engine does (every record deleted through its remove entry). Each
-// record carries a witness element of its own; a witness that outlives the
-// teardown means a record or renderer that was never freed.
+// record carries a witness element of its own, drawn as one paragraph on a
+// headless canvas; a witness that outlives the teardown means a record that
+// was never freed, a paragraph still made one whose renderer was not.
+IGraphics* GraphicsOver(CHeadlessCanvas& canvas)
+{
+    canvas.Initialize(1920, 1080);
+    IGraphics* pGraphics = IGraphics::Create();
+    pGraphics->Initialize(canvas.GetBaseLayout());
+    return pGraphics;
+}
+
 class ScheduleTest : public ::testing::Test {
 protected:
-    ScheduleTest() : m_graphics(nullptr) {}
+    ScheduleTest() : m_pGraphics(GraphicsOver(m_canvas)), m_graphics(m_pGraphics)
+    {
+        m_graphics.CreateRootSurface("", "", "");
+    }
+    ~ScheduleTest() override { m_pGraphics->Destroy(); }
 
     void TearDown() override
     {
         Clear();
-        EXPECT_EQ(0, m_graphics.GetLiveCount());
-        EXPECT_EQ(0, m_graphics.GetRejectedCount());
+        EXPECT_EQ(0, m_drawn.Live());
+        EXPECT_EQ(0, m_drawn.Rejected());
         for (std::size_t i = 0; i < m_witnesses.size(); ++i)
             EXPECT_TRUE(m_witnesses[i].expired()) << "record " << i << " was not freed";
     }
@@ -108,6 +124,9 @@ protected:
     }
 
     LogCapture m_log;
+    DrawRecorder m_drawn;
+    CHeadlessCanvas m_canvas;
+    IGraphics* m_pGraphics;
     CGraphicsEngine m_graphics;
     CRenderingData m_schedule;
     std::vector<std::weak_ptr<CElement>> m_witnesses;
@@ -138,14 +157,14 @@ TEST_P(AddDataTest, FilesMergesOrCuts)
         ASSERT_FALSE(Add(interval));
     for (int i = 0; i < c.pops; ++i)
         Pop();
-    const int destroyedBefore = m_graphics.Count(CGraphicsEngine::RENDERER_DESTROYED);
+    const int destroyedBefore = m_drawn.Count(IDrawObserver::PARAGRAPH_GONE);
     const int freedBefore = ExpiredWitnesses();
     m_log.Clear();
 
     EXPECT_EQ(c.result, Add(c.added));
 
     EXPECT_EQ(c.map, Describe(m_schedule));
-    EXPECT_EQ(c.destroyed, m_graphics.Count(CGraphicsEngine::RENDERER_DESTROYED) - destroyedBefore);
+    EXPECT_EQ(c.destroyed, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) - destroyedBefore);
     EXPECT_EQ(c.freed, ExpiredWitnesses() - freedBefore);
     EXPECT_TRUE(m_log.Has(c.log)) << m_log.Dump();
     EXPECT_FALSE(m_log.Has("Data error!"));
@@ -163,11 +182,12 @@ INSTANTIATE_TEST_SUITE_P(
                 "1000[+1000-2000] 2000[-1000-2000] 3000[+3000-4000] 4000[-3000-4000]", 0, 0,
                 "Subtitle rendering data is added for bTime=3000, etime=4000"},
         // The duplicate's element moves into the old record, so nothing is freed whole.
+        // The merged list drops the old witness; renderers keep no elements.
         AddCase{"SameTimingsWhileWaiting", {{1000, 2000}}, 0, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 0,
+                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
                 "Old data with same timings found in map. begin=1000, end=2000"},
         AddCase{"SameTimingsAfterDrawn", {{1000, 2000}}, 1, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 0,
+                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
                 "Special case where new data (whose timings are same as old data in map) comes late. "
                 "It will be rendered again. begin=1000 and end=2000"},
         AddCase{"InsideShortensOld", {{1000, 2000}}, 0, {1500, 1800}, true,
@@ -240,8 +260,7 @@ TEST_P(MergeTest, OldKeepsLeadingElementsThenTakesNewOnes)
     EXPECT_EQ(pOld, m_schedule.GetMap().at(1000).first);
     EXPECT_EQ(pOld, m_schedule.GetMap().at(2000).second);
     EXPECT_EQ(pOldRenderer, pOld->m_pRendererData);
-    EXPECT_NE(-1, m_graphics.GetSerial(pOldRenderer));
-    EXPECT_EQ(1, m_graphics.GetLiveCount());
+    EXPECT_EQ(c.oldSize, static_cast<std::size_t>(m_drawn.Live())) << "one paragraph per old element";
     EXPECT_EQ(1, m_log.CountContaining("merged new data ["));
 }
 
@@ -275,7 +294,7 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
     EXPECT_EQ(elements, pRecord->m_ElementList);
     EXPECT_EQ(pRenderer, pRecord->m_pRendererData);
     EXPECT_FALSE(pRecord->m_bRecreateRenderer);
-    EXPECT_EQ(0, m_graphics.Count(CGraphicsEngine::RENDERER_DESTROYED));
+    EXPECT_EQ(0, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE));
     EXPECT_EQ(0, m_log.CountContaining("merged new data"));
 }
 
@@ -362,7 +381,7 @@ TEST_F(ScheduleTest, DestructorWarnsAboutLeftEntriesButFreesNothing)
     EXPECT_EQ(1, m_log.Count("Potential memory leak! Need to check.", DLOG_WARN));
     EXPECT_TRUE(m_log.Has("To render: bTime=[1000], eTime[2000]"));
     // Still ours to free: the schedule never deletes records on its own.
-    EXPECT_NE(-1, m_graphics.GetSerial(pRecord->m_pRendererData));
+    EXPECT_EQ(1, m_drawn.Live());
     Free(pRecord);
 }
 
@@ -403,7 +422,7 @@ TEST_F(ScheduleTest, RandomArrivalsKeepScheduleConsistent)
         for (std::size_t i = 1; i < pending.size(); ++i)
             ASSERT_LE(pending[i - 1]->m_EndTime, pending[i]->m_BeginTime) << Describe(m_schedule);
     }
-    EXPECT_EQ(0, m_graphics.GetRejectedCount());
+    EXPECT_EQ(0, m_drawn.Rejected());
 }
 
 }  // namespace

@@ -10,16 +10,19 @@
 // prints one line per interval. Exit status 0 when every interval was drawn
 // and removed once and in order, 1 otherwise, 2 for a usage error.
 //
-// The drawing and removal times come from the renderer calls the engine
-// makes (the graphics engine's event observer), on a steady clock, and are
-// turned into media time with the media clock's own origin.
+// The drawing and removal times come from what the graphics component
+// shows and gives back (its draw observer): a region shown with "Line N"
+// draws interval N, the paragraph "Line N" given back removes it. They are
+// stamped on a steady clock and turned into media time with the media
+// clock's own origin.
 
-#include "CGraphicsEngine.h"
+#include "CGraphics.h"
 #include "CHeadlessCanvas.h"
 #include "CMediaClock.h"
 #include "CSourceFeed.h"
 #include "CTTMLSource.h"
 #include "ICore.h"
+#include "IDrawObserver.h"
 #include "ITTMLSource.h"
 
 #include <Ecore.h>
@@ -36,7 +39,6 @@
 
 namespace {
 
-using TTML::CGraphicsEngine;
 
 struct Interval {
     unsigned long long begin;
@@ -90,20 +92,30 @@ std::string MakeDocument(const std::vector<Interval>& intervals)
     return doc;
 }
 
-// What the observer saw: drawings and removals in call order.
-struct Recorder {
-    std::mutex lock;
-    std::vector<CGraphicsEngine::Event> events;
-};
+// What the component showed and took away, in call order: a drawing is a
+// region shown with an interval's text, a removal that paragraph given back.
+class Recorder : public TTML::IDrawObserver {
+public:
+    struct Event {
+        bool removal;
+        std::string text;
+        long long steadyNs;
+    };
 
-void Observe_Cb(const CGraphicsEngine::Event& event, void* pUser)
-{
-    if (event.kind == CGraphicsEngine::RENDERER_CREATED)
-        return;
-    Recorder* pRecorder = static_cast<Recorder*>(pUser);
-    std::lock_guard<std::mutex> guard(pRecorder->lock);
-    pRecorder->events.push_back(event);
-}
+    void OnDrawEvent(Kind kind, const void* /*object*/, const std::string& text) override
+    {
+        if (kind != REGION_SHOWN && kind != PARAGRAPH_GONE)
+            return;
+        const long long now = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                                  std::chrono::steady_clock::now().time_since_epoch())
+                                  .count();
+        std::lock_guard<std::mutex> guard(lock);
+        events.push_back(Event{kind == PARAGRAPH_GONE, text, now});
+    }
+
+    std::mutex lock;
+    std::vector<Event> events;
+};
 
 struct Run {
     TTML::CTTMLSource* pSource = nullptr;
@@ -212,7 +224,7 @@ int main(int argc, char** argv)
         return 1;
     }
     Recorder recorder;
-    CGraphicsEngine::SetObserver(Observe_Cb, &recorder);
+    TTML::CGraphics::SetDrawObserver(&recorder);
     TTML::CTTMLSource* pSource = new TTML::CTTMLSource();
     TTML::ICore* pCore = TTML::ICore::GetInstance();
     long long origin = 0;
@@ -234,7 +246,7 @@ int main(int argc, char** argv)
     pCore->Destroy();
     pSource->Stop();
     pSource->Destroy();
-    CGraphicsEngine::SetObserver(nullptr, nullptr);
+    TTML::CGraphics::SetDrawObserver(nullptr);
     canvas.Destroy();
     if (!started) {
         std::fprintf(stderr, "ttml-timing: the source, controller or media clock did not start\n");
@@ -243,9 +255,9 @@ int main(int argc, char** argv)
 
     // Everything the engine did before the loop quit; the teardown's own
     // removals come after quitAt and are not the programme's.
-    std::map<unsigned long long, std::size_t> byBegin;
+    std::map<std::string, std::size_t> byText;
     for (std::size_t i = 0; i < intervals.size(); ++i)
-        byBegin[intervals[i].begin] = i;
+        byText["Line " + std::to_string(i + 1)] = i;
     const long long quitNs = (origin + run.quitAt) * 1000000;
     std::vector<double> drawLate(intervals.size(), 0.0);
     std::vector<double> removeLate(intervals.size(), 0.0);
@@ -258,17 +270,17 @@ int main(int argc, char** argv)
     bool any = false;
     {
         std::lock_guard<std::mutex> guard(recorder.lock);
-        for (const CGraphicsEngine::Event& event : recorder.events) {
+        for (const Recorder::Event& event : recorder.events) {
             if (event.steadyNs > quitNs)
                 break;
-            auto it = byBegin.find(event.begin);
-            if (it == byBegin.end() || intervals[it->second].end != event.end) {
+            auto it = byText.find(event.text);
+            if (it == byText.end()) {
                 if (unknown++ == 0)
-                    unknownExample = "[" + std::to_string(event.begin) + ", " + std::to_string(event.end) + "]";
+                    unknownExample = "\"" + event.text + "\"";
                 continue;
             }
             const std::size_t index = it->second;
-            const bool removal = event.kind == CGraphicsEngine::RENDERER_DESTROYED;
+            const bool removal = event.removal;
             const double media = static_cast<double>(event.steadyNs) / 1e6 - static_cast<double>(origin);
             const std::size_t key = 2 * index + (removal ? 1 : 0);
             // A repeat or anything earlier in the programme than what was
@@ -318,7 +330,7 @@ int main(int argc, char** argv)
     PrintDistribution("remove lateness:", removeValues);
     std::printf("missed: %d\nout of order: %d\n", missed, outOfOrder);
     if (unknown)
-        std::printf("calls for no generated interval: %d (the first for %s ms)\n", unknown,
+        std::printf("calls for no generated interval: %d (the first for %s)\n", unknown,
                     unknownExample.c_str());
     if (run.timedOut)
         std::printf("the media clock did not reach %lld ms in time\n", run.quitAt);

@@ -3,12 +3,15 @@
 
 #include "IGraphics.h"
 
+#include <string>
+
 #include <map>
 #include <mutex>
 
 namespace TTML {
 
 class CRootContainer;
+class IDrawObserver;
 
 // IGraphics over Ecore and Evas. Holds an Ecore-Evas reference and the
 // main-loop call service (CMainThreadUtils) from Initialize to Destroy.
@@ -30,6 +33,14 @@ public:
 
     // Objects handed out and not yet given back (any thread).
     size_t GetObjectCount() const;
+
+    // The process's draw observer (see IDrawObserver); null removes it. Once
+    // this returns, the previous observer is not called again. Any thread.
+    static void SetDrawObserver(IDrawObserver* pObserver);
+    // Whether one is set, so callers can skip working out texts. Any thread.
+    static bool HasDrawObserver();
+    // Tells the observer, if any (see IDrawObserver::OnDrawEvent).
+    static void NotifyDraw(int kind, const void* object, const std::string& text);
 
 private:
     ~CGraphics();  // Destroy() only

@@ -60,6 +60,8 @@ public:
     // Puts its layers on top of the root container's members, in order.
     void RaiseLayers();
 
+    // The paragraph's text without markup, line breaks as "\n". Any thread.
+    std::string GetPlainText() const;
     // Layers drawn for the current style (tests look at the edge count).
     size_t GetEdgeLayerCount() const { return m_edges.size(); }
 

@@ -78,6 +78,7 @@ private:
     void m_ReleaseObjects();
     void m_Sync();
     void m_Restack();
+    static std::string m_ContentText(const std::vector<CTextContext*>& contexts);
 
     CRootContainer* m_pRoot;
     bool m_bInitialized = false;

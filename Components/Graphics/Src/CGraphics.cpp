@@ -5,15 +5,44 @@
 #include "CTextContext.h"
 #include "CTextSurface.h"
 #include "CTimer.h"
+#include "IDrawObserver.h"
 #include "TTMLLog.h"
 
 #include <Ecore.h>
 #include <Ecore_Evas.h>
 
+#include <atomic>
 #include <new>
 #include <vector>
 
 namespace TTML {
+
+namespace {
+
+std::mutex g_observerLock;
+IDrawObserver* g_pObserver = nullptr;
+std::atomic<bool> g_bObserved{false};
+
+}  // namespace
+
+void CGraphics::SetDrawObserver(IDrawObserver* pObserver)
+{
+    std::lock_guard<std::mutex> guard(g_observerLock);
+    g_pObserver = pObserver;
+    g_bObserved = pObserver != nullptr;
+}
+
+bool CGraphics::HasDrawObserver()
+{
+    return g_bObserved;
+}
+
+void CGraphics::NotifyDraw(int kind, const void* object, const std::string& text)
+{
+    std::lock_guard<std::mutex> guard(g_observerLock);
+    if (g_pObserver)
+        g_pObserver->OnDrawEvent(static_cast<IDrawObserver::Kind>(kind), object, text);
+}
 
 IGraphics* IGraphics::Create()
 {
@@ -99,8 +128,12 @@ void* CGraphics::CreateObject(int kind)
         TTML_WARN("CreateObject: invalid kind %d", kind);
         return nullptr;
     }
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_objects[pObject] = kind;
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        m_objects[pObject] = kind;
+    }
+    if (kind == OBJECT_TEXT_CONTEXT && HasDrawObserver())
+        NotifyDraw(IDrawObserver::PARAGRAPH_MADE, pObject, std::string());
     return pObject;
 }
 
@@ -120,6 +153,10 @@ void CGraphics::DestroyObject(void* object)
         }
         kind = it->second;
         m_objects.erase(it);
+    }
+    if (kind == OBJECT_TEXT_CONTEXT && HasDrawObserver()) {
+        CTextContext* pContext = static_cast<CTextContext*>(static_cast<ITextContext*>(object));
+        NotifyDraw(IDrawObserver::PARAGRAPH_GONE, object, pContext->GetPlainText());
     }
     m_FreeObject(object, kind);
 }

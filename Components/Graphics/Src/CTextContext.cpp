@@ -369,6 +369,18 @@ std::string CTextContext::GetText()
     return m_markup;
 }
 
+std::string CTextContext::GetPlainText() const
+{
+    std::string plain;
+    // Evas turns markup into text without needing a canvas.
+    char* pText = evas_textblock_text_markup_to_utf8(nullptr, m_markup.c_str());
+    if (pText) {
+        plain = pText;
+        free(pText);
+    }
+    return plain;
+}
+
 void CTextContext::SetLinePadding(double px)
 {
     m_linePadding = px > 0 ? px : 0;

@@ -1,7 +1,9 @@
 #include "CTextSurface.h"
 
+#include "CGraphics.h"
 #include "CRootContainer.h"
 #include "CTextContext.h"
+#include "IDrawObserver.h"
 #include "TTMLLog.h"
 
 #include <Ecore.h>
@@ -86,6 +88,8 @@ void CTextSurface::Show()
 {
     m_bShown = true;
     m_Sync();
+    if (CGraphics::HasDrawObserver())
+        CGraphics::NotifyDraw(IDrawObserver::REGION_SHOWN, static_cast<ITextSurface*>(this), m_ContentText(m_contexts));
 }
 
 void CTextSurface::Hide()
@@ -161,6 +165,9 @@ void CTextSurface::ClearContent()
 {
     std::vector<CTextContext*> contexts;
     contexts.swap(m_contexts);
+    if (CGraphics::HasDrawObserver())
+        CGraphics::NotifyDraw(IDrawObserver::REGION_CLEARED, static_cast<ITextSurface*>(this),
+                              m_ContentText(contexts));
     if (eina_main_loop_is())
         for (CTextContext* pContext : contexts)
             pContext->DetachFromSurface();
@@ -379,6 +386,17 @@ void CTextSurface::m_Sync()
         evas_object_resize(m_pImage, m_w, m_h);
         evas_object_show(m_pImage);
     }
+}
+
+std::string CTextSurface::m_ContentText(const std::vector<CTextContext*>& contexts)
+{
+    std::string text;
+    for (const CTextContext* pContext : contexts) {
+        if (!text.empty())
+            text += "\n";
+        text += pContext->GetPlainText();
+    }
+    return text;
 }
 
 }  // namespace TTML

@@ -2,103 +2,64 @@
 #define TTML_ENGINE_CGRAPHICSENGINE_H
 
 #include "CElement.h"
+#include "TTMLTypes.h"
 
-#include <cstddef>
 #include <list>
 #include <string>
-#include <vector>
 
 namespace TTML {
 
+class CRegionSurface;
+class CRenderer;
 class IGraphics;
 class IMutex;
 
-// Stand-in renderer: holds a copy of the element list it was made for.
-// Defined in CGraphicsEngine.cpp; only the graphics engine looks inside.
-class CRenderer;
-
-// Stand-in graphics engine until the rendering code lands; that work
-// replaces this class (and CRenderer) with the real renderer. It has the
-// operations the presentation engine and the schedule call, draws nothing,
-// and records what it is asked so the schedule can be tested end to end:
-// every renderer created, drawn and destroyed, numbered in creation order.
+// The presentation engine's one doorway to drawing: the root container's
+// geometry and cell size of the current document, one CRenderer per
+// rendering record, and the region surfaces all live renderers share.
 //
 // Ownership: a renderer from CreateRenderer belongs to the caller's record
-// and is given back with DestroyRenderer, exactly once. A renderer that is
-// not live (never created here, or already destroyed) is refused with a
-// warning and counted, never freed twice.
-// Threads: any; creation, destruction and the records take the mutex.
+// and is given back once with DestroyRenderer.
+// Threads: CreateRenderer and DestroyRenderer run on the engine thread or
+// the main loop and are serialised by the mutex (with them the shared
+// region surfaces); RenderText and IsFlashingEnabled run on the main loop
+// and take no lock; CreateRootSurface runs on the engine thread before
+// any renderer of its document is made.
 class CGraphicsEngine {
 public:
-    enum EventKind { RENDERER_CREATED, RENDERER_DRAWN, RENDERER_DESTROYED };
-    struct Event {
-        EventKind kind;
-        int serial;            // creation number of the renderer, from 1
-        std::size_t elements;  // size of its element list
-        long long steadyNs;    // std::chrono::steady_clock when the call was made, ns
-        // Document time (ms) during which all of the renderer's elements are
-        // shown: the latest begin and earliest end of the elements carrying
-        // both; 0 and 0 when none does. Contains the record's interval.
-        unsigned long long begin;
-        unsigned long long end;
-    };
-    // Sees every event of every graphics engine as it is recorded, on the
-    // thread making the call, with that engine's mutex held: it must not
-    // call back into a graphics engine. pUser is what SetObserver was given.
-    typedef void (*EventObserver)(const Event& event, void* pUser);
-
-    // pGraphics: the controller's graphics object, not owned; may be null
-    // for the stand-in.
+    // pGraphics: the controller's graphics object, not owned. With null no
+    // root container is known, so every region is refused as abnormal.
     explicit CGraphicsEngine(IGraphics* pGraphics);
-    // Frees renderers that were never given back, with a warning.
-    virtual ~CGraphicsEngine();
+    ~CGraphicsEngine();
     CGraphicsEngine(const CGraphicsEngine&) = delete;
     CGraphicsEngine& operator=(const CGraphicsEngine&) = delete;
 
-    // Strings from the parsed document; only counted here.
+    // The document's ttp:cellResolution, tts:extent and aspect ratio (as
+    // parsed; empty when absent): letterboxes the root container and works
+    // out the cell size in pixels.
     void CreateRootSurface(const std::string& cellResolution, const std::string& extent,
                            const std::string& aspectRatio);
-    // Null list: warning and null. fontScaleFlag is recorded with the renderer.
+    // Lays out the interval's elements (not kept); null list: warning and
+    // null. fontScaleFlag: subtitle-mode bit value 2.
     CRenderer* CreateRenderer(const std::list<CElementSPTR>* pElementList, bool fontScaleFlag);
-    // Nonzero on success; 0 for null or a renderer that is not live.
+    // 1 drawn, 0 for null or when a region could not be drawn. Main loop.
     int RenderText(CRenderer* pRenderer);
-    // False for null; otherwise what SetFlashing set for new renderers.
     bool IsFlashingEnabled(CRenderer* pRenderer);
+    // Takes the renderer's paragraphs off the screen and deletes it.
     void DestroyRenderer(CRenderer* pRenderer);
 
     IGraphics* GetGraphics() const { return m_pGraphics; }
-
-    // Test controls and records.
-    // One observer for the process (null removes it); once this returns the
-    // previous observer is not called again. Lets a tool or test follow the
-    // renderers of an engine it cannot reach (the controller's).
-    static void SetObserver(EventObserver observer, void* pUser);
-    void SetFlashing(bool enabled);  // applies to renderers created afterwards
-    std::vector<Event> GetEvents() const;
-    int Count(EventKind kind) const;
-    int GetLiveCount() const;
-    int GetRejectedCount() const;  // calls with a renderer that was not live
-    int GetRootSurfaceCount() const;
-    // Creation number of a live renderer, -1 otherwise.
-    int GetSerial(const CRenderer* pRenderer) const;
-    // Copy of a live renderer's element list (empty otherwise).
-    std::list<CElementSPTR> GetElements(const CRenderer* pRenderer) const;
-    // Font-scale flag given at creation (false when not live).
-    bool GetFontScaleFlag(const CRenderer* pRenderer) const;
+    // Screen pixels of the root container and the cell size, as of the last
+    // CreateRootSurface.
+    TTMLRect<int> GetRootRect() const { return m_rootRect; }
+    Size GetCellSize() const { return m_cellSize; }
 
 private:
-    bool m_IsLive(const CRenderer* pRenderer) const;
-    // Appends the event and shows it to the observer; mutex held.
-    void m_Record(EventKind kind, const CRenderer* pRenderer);
-
-    IGraphics* m_pGraphics;  // not owned
+    IGraphics* m_pGraphics;                // not owned
+    CRegionSurface* m_pRegionSurface;      // shared by live renderers; null when none
+    TTMLRect<int> m_rootRect;
+    Size m_cellSize;
     IMutex* m_pMutex;
-    bool m_bFlashing;
-    int m_nextSerial;
-    int m_rejected;
-    int m_rootSurfaces;
-    std::list<CRenderer*> m_live;
-    std::vector<Event> m_events;
 };
 
 }  // namespace TTML

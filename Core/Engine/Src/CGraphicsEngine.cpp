@@ -1,75 +1,40 @@
 #include "CGraphicsEngine.h"
 
+#include "CRegionSurface.h"
+#include "CRenderer.h"
+#include "IGraphics.h"
 #include "IMutex.h"
+#include "IRootContainer.h"
 #include "Lock.h"
 #include "TTMLLog.h"
+#include "Util.h"
 
-#include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <mutex>
 #include <new>
 
 namespace TTML {
 
-class CRenderer {
-public:
-    CRenderer(int serial, const std::list<CElementSPTR>& elements, bool fontScale, bool flashing)
-        : m_serial(serial), m_elements(elements), m_bFontScale(fontScale), m_bFlashing(flashing),
-          m_begin(0), m_end(0)
-    {
-        // Worked out once here so that recording a drawing stays cheap.
-        bool timed = false;
-        for (const CElementSPTR& element : m_elements) {
-            std::string begin;
-            std::string end;
-            if (!element || !element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end))
-                continue;
-            unsigned long long b = std::strtoull(begin.c_str(), nullptr, 10);
-            unsigned long long e = std::strtoull(end.c_str(), nullptr, 10);
-            m_begin = timed ? std::max(m_begin, b) : b;
-            m_end = timed ? std::min(m_end, e) : e;
-            timed = true;
-        }
-    }
-    int m_serial;
-    std::list<CElementSPTR> m_elements;
-    bool m_bFontScale;
-    bool m_bFlashing;
-    unsigned long long m_begin;
-    unsigned long long m_end;
-};
-
 namespace {
 
-std::mutex g_observerLock;
-CGraphicsEngine::EventObserver g_pObserver = nullptr;
-void* g_pObserverUser = nullptr;
+// The first two numbers of a "a b" parameter (strtol, so "1920px" reads
+// 1920); the defaults when the text is empty.
+void ReadPair(const std::string& text, int& first, int& second)
+{
+    if (text.empty())
+        return;
+    std::vector<std::string> tokens = StrSplit(text, " ");
+    std::vector<std::string> numbers;
+    for (const std::string& token : tokens)
+        if (!token.empty())
+            numbers.push_back(token);
+    first = numbers.size() > 0 ? static_cast<int>(std::strtol(numbers[0].c_str(), nullptr, 10)) : 0;
+    second = numbers.size() > 1 ? static_cast<int>(std::strtol(numbers[1].c_str(), nullptr, 10)) : 0;
+}
 
 }  // namespace
 
-void CGraphicsEngine::SetObserver(EventObserver observer, void* pUser)
-{
-    std::lock_guard<std::mutex> guard(g_observerLock);
-    g_pObserver = observer;
-    g_pObserverUser = pUser;
-}
-
-void CGraphicsEngine::m_Record(EventKind kind, const CRenderer* pRenderer)
-{
-    const long long now =
-        std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
-            .count();
-    m_events.push_back(Event{kind, pRenderer->m_serial, pRenderer->m_elements.size(), now, pRenderer->m_begin,
-                             pRenderer->m_end});
-    std::lock_guard<std::mutex> guard(g_observerLock);
-    if (g_pObserver)
-        g_pObserver(m_events.back(), g_pObserverUser);
-}
-
 CGraphicsEngine::CGraphicsEngine(IGraphics* pGraphics)
-    : m_pGraphics(pGraphics), m_pMutex(nullptr), m_bFlashing(false), m_nextSerial(1), m_rejected(0),
-      m_rootSurfaces(0)
+    : m_pGraphics(pGraphics), m_pRegionSurface(nullptr), m_rootRect(), m_cellSize(0.0, 0.0), m_pMutex(nullptr)
 {
     m_pMutex = IMutex::Create();
     TTML_ASSERT(m_pMutex);
@@ -77,22 +42,36 @@ CGraphicsEngine::CGraphicsEngine(IGraphics* pGraphics)
 
 CGraphicsEngine::~CGraphicsEngine()
 {
-    if (!m_live.empty()) {
-        TTML_WARN("%zu renderer(s) not destroyed", m_live.size());
-        for (CRenderer* pRenderer : m_live)
-            delete pRenderer;
-        m_live.clear();
-    }
+    if (m_pRegionSurface)
+        TTML_WARN("renderers were not destroyed; %d still hold the region surfaces",
+                  m_pRegionSurface->GetRefCount());
     m_pMutex->Destroy();
 }
 
 void CGraphicsEngine::CreateRootSurface(const std::string& cellResolution, const std::string& extent,
                                         const std::string& aspectRatio)
 {
-    TTML::Lock lock(m_pMutex);
-    ++m_rootSurfaces;
-    TTML_INFO("cellResolution=[%s] extent=[%s] aspectRatio=[%s]", cellResolution.c_str(),
-              extent.c_str(), aspectRatio.c_str());
+    int columns = 1;
+    int rows = 1;
+    ReadPair(cellResolution, columns, rows);
+    TTML_INFO("resolution h v : %d %d", columns, rows);
+    IRootContainer* pRoot = m_pGraphics ? m_pGraphics->GetRootContainer() : nullptr;
+    if (!pRoot) {
+        TTML_WARN("RootContainer is NULL");
+        return;
+    }
+    int aspectW = 1;
+    int aspectH = 1;
+    ReadPair(aspectRatio, aspectW, aspectH);
+    int extentW = -1;
+    int extentH = -1;
+    ReadPair(extent, extentW, extentH);
+    pRoot->SetRootInfo(extentW, extentH, aspectW, aspectH);
+    pRoot->GetGeometry(&m_rootRect.x, &m_rootRect.y, &m_rootRect.w, &m_rootRect.h);
+    // Integer divisions, as the cell grid is whole pixels; 0 rows or columns
+    // give a cell size of 0 rather than a division by zero.
+    m_cellSize.first = columns > 0 ? static_cast<double>(m_rootRect.w / columns) : 0.0;
+    m_cellSize.second = rows > 0 ? static_cast<double>(m_rootRect.h / rows) : 0.0;
 }
 
 CRenderer* CGraphicsEngine::CreateRenderer(const std::list<CElementSPTR>* pElementList, bool fontScaleFlag)
@@ -102,11 +81,13 @@ CRenderer* CGraphicsEngine::CreateRenderer(const std::list<CElementSPTR>* pEleme
         return nullptr;
     }
     TTML::Lock lock(m_pMutex);
-    CRenderer* pRenderer =
-        new (std::nothrow) CRenderer(m_nextSerial++, *pElementList, fontScaleFlag, m_bFlashing);
+    if (!m_pRegionSurface) {
+        m_pRegionSurface = new (std::nothrow) CRegionSurface();
+        TTML_ASSERT(m_pRegionSurface);
+    }
+    CRenderer* pRenderer = new (std::nothrow) CRenderer(m_pGraphics, m_pRegionSurface);
     TTML_ASSERT(pRenderer);
-    m_live.push_back(pRenderer);
-    m_Record(RENDERER_CREATED, pRenderer);
+    pRenderer->ProcessElementList(pElementList, m_rootRect, m_cellSize, fontScaleFlag);
     return pRenderer;
 }
 
@@ -116,14 +97,7 @@ int CGraphicsEngine::RenderText(CRenderer* pRenderer)
         TTML_WARN("pRenderer is null");
         return 0;
     }
-    TTML::Lock lock(m_pMutex);
-    if (!m_IsLive(pRenderer)) {
-        TTML_WARN("renderer [%p] is not live", static_cast<void*>(pRenderer));
-        ++m_rejected;
-        return 0;
-    }
-    m_Record(RENDERER_DRAWN, pRenderer);
-    return 1;
+    return pRenderer->RenderText();
 }
 
 bool CGraphicsEngine::IsFlashingEnabled(CRenderer* pRenderer)
@@ -132,8 +106,7 @@ bool CGraphicsEngine::IsFlashingEnabled(CRenderer* pRenderer)
         TTML_WARN("pRenderer is null");
         return false;
     }
-    TTML::Lock lock(m_pMutex);
-    return m_IsLive(pRenderer) && pRenderer->m_bFlashing;
+    return pRenderer->IsFlashingEnabled();
 }
 
 void CGraphicsEngine::DestroyRenderer(CRenderer* pRenderer)
@@ -142,77 +115,12 @@ void CGraphicsEngine::DestroyRenderer(CRenderer* pRenderer)
         TTML_WARN("pRenderer is null");
         return;
     }
-    TTML::Lock lock(m_pMutex);
-    std::list<CRenderer*>::iterator it = std::find(m_live.begin(), m_live.end(), pRenderer);
-    if (it == m_live.end()) {
-        // A second destroy would be a double free with the real renderer.
-        TTML_WARN("renderer [%p] is not live", static_cast<void*>(pRenderer));
-        ++m_rejected;
-        return;
+    {
+        TTML::Lock lock(m_pMutex);
+        if (pRenderer->Clear())
+            m_pRegionSurface = nullptr;
     }
-    m_live.erase(it);
-    m_Record(RENDERER_DESTROYED, pRenderer);
     delete pRenderer;
-}
-
-void CGraphicsEngine::SetFlashing(bool enabled)
-{
-    TTML::Lock lock(m_pMutex);
-    m_bFlashing = enabled;
-}
-
-std::vector<CGraphicsEngine::Event> CGraphicsEngine::GetEvents() const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_events;
-}
-
-int CGraphicsEngine::Count(EventKind kind) const
-{
-    TTML::Lock lock(m_pMutex);
-    return static_cast<int>(std::count_if(m_events.begin(), m_events.end(),
-                                          [kind](const Event& event) { return event.kind == kind; }));
-}
-
-int CGraphicsEngine::GetLiveCount() const
-{
-    TTML::Lock lock(m_pMutex);
-    return static_cast<int>(m_live.size());
-}
-
-int CGraphicsEngine::GetRejectedCount() const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_rejected;
-}
-
-int CGraphicsEngine::GetRootSurfaceCount() const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_rootSurfaces;
-}
-
-int CGraphicsEngine::GetSerial(const CRenderer* pRenderer) const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_IsLive(pRenderer) ? pRenderer->m_serial : -1;
-}
-
-std::list<CElementSPTR> CGraphicsEngine::GetElements(const CRenderer* pRenderer) const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_IsLive(pRenderer) ? pRenderer->m_elements : std::list<CElementSPTR>();
-}
-
-bool CGraphicsEngine::GetFontScaleFlag(const CRenderer* pRenderer) const
-{
-    TTML::Lock lock(m_pMutex);
-    return m_IsLive(pRenderer) && pRenderer->m_bFontScale;
-}
-
-bool CGraphicsEngine::m_IsLive(const CRenderer* pRenderer) const
-{
-    return std::find(m_live.begin(), m_live.end(), pRenderer) != m_live.end();
 }
 
 }  // namespace TTML

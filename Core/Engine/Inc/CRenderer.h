@@ -1,0 +1,104 @@
+#ifndef TTML_ENGINE_CRENDERER_H
+#define TTML_ENGINE_CRENDERER_H
+
+#include "CElement.h"
+#include "TTMLTypes.h"
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace TTML {
+
+class CImageData;
+class CRegionContext;
+class CRegionSurface;
+class IGraphics;
+class ITextContext;
+class ITextSurface;
+
+// Draws one subtitle interval: one text surface per region (shared with the
+// other live renderers through CRegionSurface), one text context per
+// paragraph, styled from the document with the viewer's caption settings
+// (CTTMLMenu's record) on top.
+//
+// Lifecycle: made and laid out by CGraphicsEngine::CreateRenderer
+// (ProcessElementList, engine thread or main loop), drawn any number of
+// times (RenderText, main loop; once per flashing tick), cleared once
+// (Clear, under the graphics engine's mutex) and then deleted.
+// Units: screen pixels; cell size in pixels per cell.
+// The elements are not kept; their tts:fontSize is rewritten in pixels once
+// scaled (see the element's font-scale mark).
+class CRenderer {
+public:
+    struct FontFactors {
+        double fontSizeFactor = 0;
+        double lineHeightFactor = 0;
+        Size cellSize;
+        bool fontScaleFlag = false;
+    };
+
+    // Takes a reference on pRegionSurface (not owned).
+    CRenderer(IGraphics* pGraphics, CRegionSurface* pRegionSurface);
+    ~CRenderer();
+    CRenderer(const CRenderer&) = delete;
+    CRenderer& operator=(const CRenderer&) = delete;
+
+    // rootRect: the root container in screen pixels; cellSize: one cell.
+    void ProcessElementList(const std::list<CElementSPTR>* pElementList, const TTMLRect<int>& rootRect,
+                            const Size& cellSize, bool fontScaleFlag);
+    // 1 on success, 0 when a region could not be drawn. Main loop.
+    int RenderText();
+    // True while the caption settings make something of it blink.
+    bool IsFlashingEnabled() const { return m_bFlashingEnabled; }
+    // Takes everything off the screen and gives back its paragraphs; true
+    // when this released the last reference to the shared region surfaces
+    // and destroyed them (and the registry).
+    bool Clear();
+
+    // The monospaced font factor table, by family and flag (for tests).
+    static void GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors);
+    // The caption-menu opacity table applied to a colour (for tests).
+    static void ApplyMenuOpacity(int value, TTMLColor& colour);
+
+private:
+    bool m_GetRegionArea(const CElementSPTR& element, TTMLRect<int>& area);
+    ITextContext* m_HandleNewPElem(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize,
+                                   std::pair<int, int>& inset);
+    ITextContext* m_CreateTextContext();
+    ITextSurface* m_CreateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area,
+                                      const Size& cellSize);
+    void m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area, ITextSurface* pSurface,
+                             const Size& cellSize);
+    void m_SetOpacity(const CElementSPTR& element, ITextSurface* pSurface);
+    bool m_SetContextProperties(const CElementSPTR& element, ITextContext* pContext,
+                                const std::pair<double, double>& paragraphArea, const Size& cellSize,
+                                bool fontScaleFlag);
+    void m_CalculateFontSize(const CElementSPTR& element, ITextContext* pContext, const FontFactors& factors);
+    void m_CalculateLineHeight(const CElementSPTR& element, ITextContext* pContext, const FontFactors& factors);
+    void m_HandleImage(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize);
+
+    void m_HandleCaptionDivisionMode();
+    int m_RenderText(ITextSurface* pSurface, const std::list<void*>* pContexts);
+    void m_HandleMenuOptions(ITextContext* pContext);
+    void m_SetTextAttr(const CElementSPTR& element, const Size& cellSize,
+                       std::pair<TTMLColor, TTMLColor> colours, ITextContext* pContext);
+    void m_SetTextOutline(const CElementSPTR& element, const Size& cellSize, TextOutline& outline);
+    void m_SetParaBGColor(const CElementSPTR& element, ITextContext* pContext);
+    void m_ApplyFontFlashing(const std::list<void*>* pContexts);
+    void m_ApplyBGnWinFlashing(ITextSurface* pSurface);
+
+    IGraphics* m_pGraphics;                  // not owned
+    CRegionContext* m_pRegionContext;        // owned; from ProcessElementList to Clear
+    CRegionSurface* m_pRegionSurface;        // shared; null once released
+    bool m_bFlashingEnabled;
+    bool m_bTextVisible;                     // flashing phase of the text
+    bool m_bBackgroundVisible;               // flashing phase of backgrounds and window
+    std::map<std::string, std::shared_ptr<CImageData>> m_imageMap;
+};
+
+}  // namespace TTML
+
+#endif
