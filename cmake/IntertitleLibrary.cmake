@@ -31,6 +31,8 @@ function(intertitle_test name)
   if(A_EFL)
     list(APPEND sources ${CMAKE_SOURCE_DIR}/Tests/Support/EflLeakSuppressions.cpp)
   endif()
+  # A key store of the process's own (VCONF_ROOT in a fresh temporary folder).
+  list(APPEND sources ${CMAKE_SOURCE_DIR}/Tests/Support/VconfRoot.cpp)
   add_executable(${name} ${sources})
   target_link_libraries(${name} PRIVATE ${A_LINKS} intertitle_test_support GTest::gtest GTest::gmock GTest::gtest_main)
   target_compile_definitions(${name} PRIVATE

@@ -7,6 +7,7 @@
 #include "CEngine.h"
 #include "CMainThreadUtils.h"
 #include "CTTMLMenu.h"
+#include "CTVService.h"
 #include "ITTMLSource.h"
 #include "TTMLLog.h"
 
@@ -101,7 +102,7 @@ public:
         MainLoopTest::SetUp();
         DestroyGraphics();
         TTML::CEngine::ClearCounters();
-        TTML::CTTMLMenu::TakeCalls();
+        TTML::CTVService::GetInstance().Reset();
         TTML::CController::SetParserFactory(nullptr);
     }
 

@@ -8,6 +8,7 @@
 #include "SubRawData.h"
 
 #include <gtest/gtest.h>
+#include <vconf.h>
 
 #include <algorithm>
 #include <chrono>
@@ -36,7 +37,6 @@ public:
         m_source.mode = mode;
         ASSERT_TRUE(Core()->Initialize(&m_source, Parent()));
         CEngine::ClearCounters();
-        CTTMLMenu::TakeCalls();
     }
 
     ScriptedSource m_source;
@@ -179,7 +179,7 @@ struct NullPayloadCase {
     const char* name;
     int msgId;
     const char* warning;                  // null: none expected
-    std::vector<std::string> menuCalls;   // what reaches the menu
+    bool readsMenu;                       // the menu re-reads its keys
 };
 
 void PrintTo(const NullPayloadCase& c, std::ostream* os)
@@ -193,6 +193,9 @@ TEST_P(NullPayload, IsRefusedWithItsWarningAndReachesNothing)
 {
     const NullPayloadCase& c = GetParam();
     Start();
+    // Keys watched and read once; a later change is seen only by a new read.
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_MENU_REGISTER, nullptr));
+    ASSERT_EQ(0, vconf_set_int("db/menu/caption/digitalcaptionoptions/size", 3));
     LogCapture log;
     ASSERT_TRUE(m_source.Send(c.msgId, nullptr));
     std::vector<LogCapture::Line> lines = log.Lines();
@@ -205,7 +208,7 @@ TEST_P(NullPayload, IsRefusedWithItsWarningAndReachesNothing)
     } else {
         EXPECT_EQ(0, warnings) << log.Dump();
     }
-    EXPECT_EQ(c.menuCalls, CTTMLMenu::TakeCalls());
+    EXPECT_EQ(c.readsMenu ? 3 : 0, CTTMLMenu::GetInstance()->GetTTMLMenuData()->size);
     CEngine::Counters n = CEngine::GetCounters();
     EXPECT_EQ(0, n.starts + n.pauses + n.resumes + n.seekStarts + n.seekCompletes + n.resets + n.documentsQueued);
     EXPECT_TRUE(RootVisible()) << "neither shown nor hidden";
@@ -214,24 +217,23 @@ TEST_P(NullPayload, IsRefusedWithItsWarningAndReachesNothing)
 
 INSTANTIATE_TEST_SUITE_P(
     Controller, NullPayload,
-    ::testing::Values(NullPayloadCase{"XmlData", 0, "Invalid pData", {}},
-                      NullPayloadCase{"Start", 1, "Invalid pData", {}},
-                      NullPayloadCase{"Stop", 2, "Invalid user param: pData", {}},
-                      NullPayloadCase{"Pause", 3, "Invalid user param: pData", {}},
-                      NullPayloadCase{"Resume", 4, "Invalid user param: pData", {}},
-                      NullPayloadCase{"Invalidate", 5, "Invalid user param: pData", {}},
-                      NullPayloadCase{"SeekStart", 6, "Invalid pData", {}},
-                      NullPayloadCase{"SeekCompleted", 7, "Invalid user param: pData", {}},
+    ::testing::Values(NullPayloadCase{"XmlData", 0, "Invalid pData", false},
+                      NullPayloadCase{"Start", 1, "Invalid pData", false},
+                      NullPayloadCase{"Stop", 2, "Invalid user param: pData", false},
+                      NullPayloadCase{"Pause", 3, "Invalid user param: pData", false},
+                      NullPayloadCase{"Resume", 4, "Invalid user param: pData", false},
+                      NullPayloadCase{"Invalidate", 5, "Invalid user param: pData", false},
+                      NullPayloadCase{"SeekStart", 6, "Invalid pData", false},
+                      NullPayloadCase{"SeekCompleted", 7, "Invalid user param: pData", false},
                       // The menu messages ignore their payload.
-                      NullPayloadCase{"MenuRegister", 8, nullptr,
-                                      {"RegisterVconfKeysForCaption()", "ReadMenuData()"}},
-                      NullPayloadCase{"MenuUnregister", 9, nullptr, {"UnregisterVconfKeysForCaption()"}},
-                      NullPayloadCase{"MenuLang", 10, "null pointer error !", {}},
-                      NullPayloadCase{"Show", 11, "Error: null pointer", {}},
-                      NullPayloadCase{"Hide", 12, "Error: null pointer", {}},
-                      NullPayloadCase{"FontError", 13, "Error: null pointer", {}},
-                      NullPayloadCase{"Fourteen", 14, "Invalid message", {}},
-                      NullPayloadCase{"Negative", -1, "Invalid message", {}}),
+                      NullPayloadCase{"MenuRegister", 8, nullptr, true},
+                      NullPayloadCase{"MenuUnregister", 9, nullptr, false},
+                      NullPayloadCase{"MenuLang", 10, "null pointer error !", false},
+                      NullPayloadCase{"Show", 11, "Error: null pointer", false},
+                      NullPayloadCase{"Hide", 12, "Error: null pointer", false},
+                      NullPayloadCase{"FontError", 13, "Error: null pointer", false},
+                      NullPayloadCase{"Fourteen", 14, "Invalid message", false},
+                      NullPayloadCase{"Negative", -1, "Invalid message", false}),
     [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Controller, UnknownIdWithACorePayloadOnlyWarns)
@@ -240,7 +242,6 @@ TEST_F(Controller, UnknownIdWithACorePayloadOnlyWarns)
     LogCapture log;
     ASSERT_TRUE(m_source.Send(14, Core()));
     EXPECT_TRUE(log.Has("Invalid message", DLOG_WARN));
-    EXPECT_TRUE(CTTMLMenu::TakeCalls().empty());
     EXPECT_TRUE(RootVisible());
 }
 
@@ -362,7 +363,7 @@ INSTANTIATE_TEST_SUITE_P(Controller, Seek,
 struct ShowCase {
     const char* name;
     int mode;
-    const char* divisionOnShow;  // SetCaptionDivisionMode argument on show
+    int divisionOnShow;  // caption division mode in force while shown
 };
 
 void PrintTo(const ShowCase& c, std::ostream* os)
@@ -375,30 +376,39 @@ class ShowHide : public Controller, public ::testing::WithParamInterface<ShowCas
 TEST_P(ShowHide, DivisionIsForcedOffUnlessTheModeAllowsItAndHideAlwaysForcesIt)
 {
     const ShowCase& c = GetParam();
+    // The viewer asked for division mode 1, with captions on and the banner up.
+    ASSERT_EQ(0, vconf_set_int("db/menu/caption/caption", 1));
+    ASSERT_EQ(0, vconf_set_bool("memory/tv-viewer/infobanner/ttml", 1));
+    ASSERT_EQ(0, vconf_set_int("db/menu/caption/captiondivisionmode", 1));
     Start(c.mode);
+    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_MENU_REGISTER, Core()));
+    CTTMLMenu* pMenu = CTTMLMenu::GetInstance();
     ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_HIDE, Core()));
     EXPECT_FALSE(RootVisible());
+    EXPECT_EQ(0, pMenu->GetCaptionDivisionMode());
     ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SHOW, Core()));
     EXPECT_TRUE(RootVisible());
+    EXPECT_EQ(c.divisionOnShow, pMenu->GetCaptionDivisionMode());
     ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_HIDE, Core()));
     EXPECT_FALSE(RootVisible());
-    std::vector<std::string> expected = {"SetCaptionDivisionMode(1)", c.divisionOnShow, "SetCaptionDivisionMode(1)"};
-    EXPECT_EQ(expected, CTTMLMenu::TakeCalls());
+    EXPECT_EQ(0, pMenu->GetCaptionDivisionMode());
+    EXPECT_EQ(1080, CTVService::GetInstance().GetVideoRect().h) << "full picture after hide";
 }
 
 INSTANTIATE_TEST_SUITE_P(Controller, ShowHide,
-                         ::testing::Values(ShowCase{"ModeZero", 0, "SetCaptionDivisionMode(1)"},
-                                           ShowCase{"ModeTwo", 2, "SetCaptionDivisionMode(1)"},
-                                           ShowCase{"ModeEight", 8, "SetCaptionDivisionMode(0)"},
-                                           ShowCase{"ModeNine", 9, "SetCaptionDivisionMode(0)"},
-                                           ShowCase{"ModeAllButEight", ~8, "SetCaptionDivisionMode(1)"}),
+                         ::testing::Values(ShowCase{"ModeZero", 0, 0}, ShowCase{"ModeTwo", 2, 0}, ShowCase{"ModeEight", 8, 1},
+                                           ShowCase{"ModeNine", 9, 1}, ShowCase{"ModeAllButEight", ~8, 0}),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST_F(Controller, MenuLanguageIsSetFromTheSourceMode)
 {
+    CTVService::GetInstance().SetService(true, 7);
+    CTVService::GetInstance().SetCaptionTracks({{"1", "eng"}, {"2", "deu"}}, 1, 0);
     Start(72);
     ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_MENU_LANG, Core()));
-    EXPECT_EQ(std::vector<std::string>{"SetLangInMenu(72)"}, CTTMLMenu::TakeCalls());
+    int lang = -1;
+    EXPECT_EQ(0, vconf_get_int("db/menu/caption/captionlanguage", &lang));
+    EXPECT_EQ(1, lang) << "the preferred track";
 }
 
 TEST_F(Controller, FontErrorsAreReadFromTheSourceForTheParser)
@@ -416,6 +426,8 @@ TEST_F(Controller, FontErrorsAreReadFromTheSourceForTheParser)
 
 TEST_F(Controller, AfterInvalidateOnlySourceRequestsFailAndTheRestLivesOn)
 {
+    CTVService::GetInstance().SetService(true, 7);
+    CTVService::GetInstance().SetCaptionTracks({{"1", "eng"}, {"2", "deu"}}, 1, 0);
     Start(8);
     long long t = -1;
     m_source.mediaTime = 1234;
@@ -442,7 +454,9 @@ TEST_F(Controller, AfterInvalidateOnlySourceRequestsFailAndTheRestLivesOn)
     EXPECT_EQ(3, log.Count("pSource is null", DLOG_WARN)) << log.Dump();
     EXPECT_EQ(0, m_source.fontListReads);
     EXPECT_TRUE(RootVisible());
-    EXPECT_EQ(std::vector<std::string>{"SetCaptionDivisionMode(1)"}, CTTMLMenu::TakeCalls()) << "only hide reached the menu";
+    int lang = -1;
+    EXPECT_EQ(0, vconf_get_int("db/menu/caption/captionlanguage", &lang));
+    EXPECT_EQ(0, lang) << "the language request never reached the menu";
     m_source.SendLate(TTML_SOURCE_MSG_PAUSE, Core());
     EXPECT_EQ(1, CEngine::GetCounters().pauses);
 
@@ -489,9 +503,6 @@ TEST_F(Controller, DestroyTearsDownInOrder)
     EXPECT_LT(engineAt, graphicsAt);
     EXPECT_LT(graphicsAt, menuAt);
     EXPECT_EQ(1, m_source.unregistrations);
-    // Hide forces division off; the engine leaves the menu before it goes.
-    std::vector<std::string> expected = {"SetCaptionDivisionMode(1)", "UnRegisterMenuChangeNotify()", "Destroy()"};
-    EXPECT_EQ(expected, CTTMLMenu::TakeCalls());
 
     EXPECT_EQ(nullptr, RootObject());
     EXPECT_EQ(nullptr, CMainThreadUtils::GetInstance());

@@ -10,6 +10,7 @@
 #include "CMediaClock.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
+#include "CaptionDivisionDriver.h"
 #include "LogCapture.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
@@ -470,7 +471,10 @@ TEST_P(MenuChange, RedrawsWhatIsShown)
     Init();
     if (!c.spans.empty())
         At(0, [this, &c] { m_pEngine->AddToQueue(MakeDocument(m_ledger, c.spans)); });
-    At(100, [] { CTTMLMenu::GetInstance()->NotifyMenuChange(); });
+    At(100, [] {
+        AllowCaptionDivision();
+        ToggleCaptionDivision();
+    });
     ASSERT_TRUE(RunUntil([&] { return MediaNow() >= 150; }));
     EXPECT_TRUE(log.Has(c.message)) << log.Dump();
     EXPECT_EQ(c.draws, m_drawn.Count(IDrawObserver::REGION_SHOWN));

@@ -18,6 +18,7 @@
 #include "CMediaClock.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
+#include "CaptionDivisionDriver.h"
 #include "ITTMLSource.h"
 #include "LogCapture.h"
 #include "SeekNotifyData.h"
@@ -201,11 +202,12 @@ public:
         // The controller makes its own graphics object.
         DestroyGraphics();
         CTTMLMenu::Destroy();
+        AllowCaptionDivision();
     }
 
     static Eina_Bool MenuTick_Cb(void*)
     {
-        CTTMLMenu::GetInstance()->NotifyMenuChange();
+        ToggleCaptionDivision();
         return ECORE_CALLBACK_RENEW;
     }
 
@@ -294,7 +296,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     auto menu = [&](unsigned stream) {
         std::mt19937 rng(seed + stream);
         while (std::chrono::steady_clock::now() < until) {
-            CTTMLMenu::GetInstance()->NotifyMenuChange();
+            ToggleCaptionDivision();
             ++menuCalls;
             std::this_thread::sleep_for(std::chrono::milliseconds(10 + rng() % 50));
         }

@@ -3,6 +3,8 @@
 
 #include "TTMLTypes.h"
 
+#include <atomic>
+
 namespace TTML {
 
 // Caption division: the video shrinks into part of the 1920x1080 screen and
@@ -14,7 +16,8 @@ extern const TTMLRect<int> CaptionDivisionArea[5];  // caption band
 // Keeps the current division mode, resizes the video through the TV service
 // and moves regions into the band. Base of the caption menu.
 // Threads: the mode changes on the main loop or the source thread (show and
-// hide); ApplyCaptionDivToRegion is read by the renderer on the main loop.
+// hide), one change at a time (the menu serialises them);
+// ApplyCaptionDivToRegion is read by the renderer on the main loop.
 class CCaptionDivision {
 public:
     // Moves and clips region (screen pixels) into the band of the current
@@ -33,10 +36,11 @@ protected:
     int t_forcedOff = 1;  // division stays off until the controller allows it
 
 private:
-    // reset: full screen; otherwise video is the new picture rectangle.
+    // reset: full screen; otherwise video is the new picture rectangle,
+    // through the TV service's video control.
     bool m_ResizeScreen(bool reset, const TTMLRect<int>& video);
 
-    int m_ccDivisionMode = 0;
+    std::atomic<int> m_ccDivisionMode{0};
 };
 
 }  // namespace TTML

@@ -6,22 +6,24 @@
 #include "TTMLTypes.h"
 
 #include <map>
+#include <mutex>
 #include <string>
-#include <vector>
+
+typedef struct _keynode_t keynode_t;
 
 namespace TTML {
 
-// Stand-in until the caption menu lands: records the calls it gets and keeps
-// the listener map; reads and watches no configuration key.
-//
-// The process-wide caption menu singleton. The controller registers and
+// The process-wide caption menu singleton: mirrors the viewer's caption
+// settings (vconf keys) in one record and watches them. The controller registers and
 // unregisters the key watches, forces caption division off while captions are
 // hidden, and writes the caption language; the engine registers a listener
 // for caption division changes.
 //
 // Threads: GetInstance and the listener map take no lock (the singleton is
 // made on the main loop before any source message can arrive); every other
-// operation may be called from the source thread.
+// operation may be called from the source thread. Key callbacks run on the
+// main loop. Division decisions are serialised by one lock, never held while
+// listeners run; listeners run on the thread that changed the division.
 class CTTMLMenu : public CCaptionDivision {
 public:
     typedef void (*MenuChangeCallback)(void* pUserData);
@@ -46,9 +48,11 @@ public:
     bool UnregisterVconfKeysForCaption();
 
     // forcedOff: keep caption division off (captions hidden, or a source
-    // without division support).
+    // without division support). Resizes the video and calls the listeners
+    // when the division mode changes.
     void SetCaptionDivisionMode(bool forcedOff);
-    // sourceMode: the source's subtitle mode bit set.
+    // sourceMode: the source's subtitle mode bit set. Writes the TV service's
+    // preferred caption track into the caption language key.
     void SetLangInMenu(int sourceMode);
 
     // Adds a listener for caption division changes; when fn is already
@@ -56,26 +60,53 @@ public:
     void RegisterMenuChangeNotify(MenuChangeCallback fn, void* pUserData);
     // The removed listener's user data, or null with a warning when fn is unknown.
     void* UnRegisterMenuChangeNotify(MenuChangeCallback fn);
-    // Tests: calls every listener, as a caption division change does. Not
-    // recorded. Must not overlap a registration change.
-    void NotifyMenuChange();
-
-    // Tests: every call made on any instance since the last TakeCalls, in
-    // order, as "Name(argument)" ("Destroy()" included); survives Destroy.
-    static std::vector<std::string> TakeCalls();
-
     CTTMLMenu(const CTTMLMenu&) = delete;
     CTTMLMenu& operator=(const CTTMLMenu&) = delete;
 
 private:
     CTTMLMenu() = default;
-    ~CTTMLMenu() override = default;
+    ~CTTMLMenu() override;
 
-    static void m_Record(const std::string& call);
+    bool m_GetVconfInt(const char* key, int* pValue);
+    bool m_GetVconfBool(const char* key, bool* pValue);
+    bool m_RegisterVconf(const char* key, void (*callback)(keynode_t*, void*));
+    bool m_UnregisterVconf(const char* key, void (*callback)(keynode_t*, void*));
+    // Re-reads the key of node into field, under the division lock.
+    static CTTMLMenu* m_OnKey(keynode_t* pNode, void* pUserData, const char* key, int32_t TTMLMenuOption::*field);
+
+    void m_UpdateCaptionDivisionMode();
+    void m_NotifyMenuChange();
+    void m_SetLanguage();
+    unsigned long long m_GetServiceInfo(int infoKey);
+
+    static void m_CaptionStatusCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionLangChangeCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionSizeCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionFontStyleCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionStyleCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionFontColorCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionBgColorCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionWindowColorCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionFontOpacityCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionBgOpacityCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionWindowOpacityCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionEdgeTypeCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionEdgeColorCb(keynode_t* pNode, void* pUserData);
+    static void m_CaptionDivisionModeCb(keynode_t* pNode, void* pUserData);
+    static void m_CCInfoBannerKeyUpdateCb(keynode_t* pNode, void* pUserData);
+    static void m_SignLanguageZoomCb(keynode_t* pNode, void* pUserData);
+
+    struct KeyWatch {
+        const char* key;
+        void (*callback)(keynode_t*, void*);
+    };
+    static const KeyWatch m_keyWatches[16];
 
     static CTTMLMenu* m_pTTMLMenu;
     TTMLMenuOption m_menuData;
     std::map<MenuChangeCallback, void*> m_listeners;
+    std::recursive_mutex m_divisionLock;  // record writes and division decisions
+    bool m_bKeysWatched = false;
 };
 
 }  // namespace TTML

@@ -1,6 +1,8 @@
 #include "CCaptionDivision.h"
 
+#include "CTVServiceSubscriber.h"
 #include "TTMLLog.h"
+#include "TVServiceAPI.h"
 
 namespace TTML {
 
@@ -14,13 +16,14 @@ const TTMLRect<int> CaptionDivisionArea[5] = {
 
 bool CCaptionDivision::ApplyCaptionDivToRegion(TTMLRect<int>& region)
 {
-    if (m_ccDivisionMode == 0)
+    const int mode = m_ccDivisionMode;
+    if (mode == 0)
         return false;
-    if (m_ccDivisionMode < 1 || m_ccDivisionMode > 4) {
-        TTML_WARN("Invalid caption division mode to apply! m_ccDivisionMode=%d", m_ccDivisionMode);
+    if (mode < 1 || mode > 4) {
+        TTML_WARN("Invalid caption division mode to apply! m_ccDivisionMode=%d", mode);
         return false;
     }
-    const TTMLRect<int>& area = CaptionDivisionArea[m_ccDivisionMode];
+    const TTMLRect<int>& area = CaptionDivisionArea[mode];
     TTML_INFO("Region old origin/extents: x=%d, y=%d, h=%d, w=%d", region.x, region.y, region.h, region.w);
     if (region.x < area.x)
         region.x = area.x;
@@ -56,10 +59,28 @@ bool CCaptionDivision::t_SetCaptionDivisionMode(int mode)
     return resized;
 }
 
-// No TV service in this build yet: the video cannot be resized.
-bool CCaptionDivision::m_ResizeScreen(bool /*reset*/, const TTMLRect<int>& /*video*/)
+bool CCaptionDivision::m_ResizeScreen(bool reset, const TTMLRect<int>& video)
 {
-    TTML_WARN("pVideoCtrl is null!");
+    CVideoControl* pVideoCtrl = nullptr;
+    TVServiceAPI::CreateVideoControl(CTVServiceSubscriber::m_profile, CTVServiceSubscriber::m_group, &pVideoCtrl);
+    if (!pVideoCtrl) {
+        TTML_WARN("pVideoCtrl is null!");
+        return false;
+    }
+    int ret = 0;
+    if (reset) {
+        TTML_INFO("Resetting video size to default");
+        ret = pVideoCtrl->ResetVideoSize();
+    } else {
+        TTML_INFO("Resizing video for x=%d, y=%d, h=%d, w=%d", video.x, video.y, video.h, video.w);
+        ret = pVideoCtrl->ResizeVideo(video.x, video.y, video.h, video.w);
+    }
+    TVServiceAPI::Destroy(pVideoCtrl);
+    if (ret >= 1) {
+        TTML_INFO("Resize is success");
+        return true;
+    }
+    TTML_WARN("Resize failed. ret=%d", ret);
     return false;
 }
 

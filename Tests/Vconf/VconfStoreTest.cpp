@@ -1,0 +1,219 @@
+// The key store: defaults, refusals, atomic writes, and changes made by
+// another process reaching watchers on the main loop.
+#include "ShellRun.h"
+
+#include <Ecore.h>
+#include <gtest/gtest.h>
+#include <vconf.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+const char* const kTool = INTERTITLE_VCONFTOOL;
+
+std::string Tool(const std::string& args)
+{
+    return std::string(kTool) + " " + args;
+}
+
+// --- Reading and writing --------------------------------------------------------
+
+struct ReadCase {
+    const char* name;
+    const char* key;
+    bool asBool;
+    int rc;        // of the read
+    int expected;  // the value read; a failed read leaves the target as it was (-7)
+};
+
+void PrintTo(const ReadCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class Read : public ::testing::TestWithParam<ReadCase> {};
+
+TEST_P(Read, GivesTheStoredOrSchemaValueOrFailsLeavingTheTarget)
+{
+    const ReadCase& c = GetParam();
+    ASSERT_EQ(VCONF_OK, vconf_set_int("test/read/stored", 42));
+    ASSERT_EQ(VCONF_OK, vconf_set_bool("test/read/flag", 1));
+    int value = -7;
+    EXPECT_EQ(c.rc, c.asBool ? vconf_get_bool(c.key, &value) : vconf_get_int(c.key, &value));
+    EXPECT_EQ(c.expected, value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Vconf, Read,
+    ::testing::Values(ReadCase{"Stored", "test/read/stored", false, VCONF_OK, 42},
+                      ReadCase{"StoredBool", "test/read/flag", true, VCONF_OK, 1},
+                      ReadCase{"SchemaDefault", "db/menu/caption/digitalcaptionoptions/size", false, VCONF_OK, 0},
+                      ReadCase{"SchemaBoolDefault", "memory/tv-viewer/infobanner/ttml", true, VCONF_OK, 0},
+                      ReadCase{"NeverSet", "test/read/never", false, VCONF_ERROR, -7},
+                      ReadCase{"IntAsBool", "test/read/stored", true, VCONF_ERROR, -7},
+                      ReadCase{"BoolAsInt", "memory/tv-viewer/infobanner/ttml", false, VCONF_ERROR, -7},
+                      ReadCase{"Empty", "", false, VCONF_ERROR, -7},
+                      ReadCase{"Absolute", "/etc/passwd", false, VCONF_ERROR, -7},
+                      ReadCase{"Parent", "test/../../x", false, VCONF_ERROR, -7},
+                      ReadCase{"EmptyPart", "test//read/stored", false, VCONF_ERROR, -7}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(Vconf, WritesAreRefusedForBadKeysAndAgainstTheSchemaType)
+{
+    EXPECT_EQ(VCONF_ERROR, vconf_set_int("memory/tv-viewer/infobanner/ttml", 1));
+    EXPECT_EQ(VCONF_ERROR, vconf_set_bool("db/menu/caption/caption", 1));
+    EXPECT_EQ(VCONF_ERROR, vconf_set_int("test/.hidden", 1));
+    EXPECT_EQ(VCONF_ERROR, vconf_set_int(nullptr, 1));
+    EXPECT_EQ(VCONF_ERROR, vconf_ignore_key_changed("test/never/watched", [](keynode_t*, void*) {}));
+}
+
+TEST(Vconf, AnotherProcessSeesWhatThisOneWroteAndTheOtherWayRound)
+{
+    ASSERT_EQ(VCONF_OK, vconf_set_int("test/shared/a", 11));
+    ShellRun got = Shell(Tool("get test/shared/a"));
+    EXPECT_EQ(0, got.status);
+    EXPECT_EQ("test/shared/a = 11 (int)\n", got.out);
+
+    ASSERT_EQ(0, Shell(Tool("set -t bool test/shared/b 1")).status);
+    int value = 0;
+    EXPECT_EQ(VCONF_OK, vconf_get_bool("test/shared/b", &value));
+    EXPECT_EQ(1, value);
+    EXPECT_EQ(1, Shell(Tool("get test/shared/never 2>/dev/null")).status);
+    EXPECT_NE(std::string::npos, Shell(Tool("list")).out.find("db/menu/caption/captiondivisionmode = 0 (int)\n"));
+}
+
+// Torn values would be short (fewer digits) or unreadable.
+TEST(Vconf, ConcurrentWritersNeverGiveATornValue)
+{
+    const char* key = "test/torn/value";
+    ASSERT_EQ(VCONF_OK, vconf_set_int(key, 100000000));
+    std::atomic<bool> done{false};
+    std::vector<std::thread> writers;
+    for (int w = 1; w <= 2; ++w) {
+        writers.emplace_back([w, key] {
+            for (int n = 0; n < 400; ++n)
+                vconf_set_int(key, 100000000 + w * 10000000 + n);
+        });
+    }
+    // A writer in another process too.
+    std::thread shell([key] {
+        Shell("for n in 1 2 3 4 5 6 7 8 9 10; do " + Tool(std::string("set -t int ") + key + " 399999999") + "; done");
+    });
+    int reads = 0;
+    int bad = 0;
+    std::thread reader([&] {
+        while (!done) {
+            int value = 0;
+            bad += vconf_get_int(key, &value) != VCONF_OK || value < 100000000;
+            ++reads;
+        }
+    });
+    for (std::thread& t : writers)
+        t.join();
+    shell.join();
+    done = true;
+    reader.join();
+    EXPECT_EQ(0, bad) << "of " << reads << " reads";
+    EXPECT_GT(reads, 0);
+}
+
+// --- Watching -------------------------------------------------------------------
+
+struct Seen {
+    std::string name;
+    int type;
+    int value;
+    bool onMainLoop;
+};
+
+std::vector<Seen> g_seen;
+
+void Record_Cb(keynode_t* node, void* data)
+{
+    const int type = vconf_keynode_get_type(node);
+    g_seen.push_back({vconf_keynode_get_name(node), type,
+                      type == VCONF_TYPE_BOOL ? vconf_keynode_get_bool(node) : vconf_keynode_get_int(node),
+                      eina_main_loop_is() == EINA_TRUE});
+    if (data)
+        ecore_main_loop_quit();
+}
+
+struct WatchCase {
+    const char* name;
+    bool registerOffMainLoop;  // as the controller does, from the source thread
+};
+
+void PrintTo(const WatchCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+class Watch : public ::testing::TestWithParam<WatchCase> {
+public:
+    void SetUp() override
+    {
+        ecore_init();
+        g_seen.clear();
+    }
+    void TearDown() override { ecore_shutdown(); }
+
+    // Runs the main loop until a callback with user data quits it; false
+    // when the guard ran out first.
+    static bool RunUntilQuit()
+    {
+        bool expired = false;
+        Ecore_Timer* pGuard = ecore_timer_add(20.0, [](void* p) -> Eina_Bool {
+            *static_cast<bool*>(p) = true;
+            ecore_main_loop_quit();
+            return ECORE_CALLBACK_CANCEL;
+        }, &expired);
+        ecore_main_loop_begin();
+        if (!expired)
+            ecore_timer_del(pGuard);
+        return !expired;
+    }
+
+    static void Later(void (*fn)(void*), void* data) { ecore_job_add(fn, data); }
+};
+
+// The changes come from vconftool, one process per change, in this order:
+// an unwatched key, the watched key, an ignored key, then the stop key.
+TEST_P(Watch, ChangesByAnotherProcessReachOnlyTheirCallbacksOnTheMainLoop)
+{
+    int stop = 1;
+    auto watch = [&stop] {
+        vconf_notify_key_changed("test/watch/a", Record_Cb, nullptr);
+        vconf_notify_key_changed("test/watch/ignored", Record_Cb, nullptr);
+        vconf_notify_key_changed("test/other/stop", Record_Cb, &stop);
+        vconf_ignore_key_changed("test/watch/ignored", Record_Cb);
+    };
+    if (GetParam().registerOffMainLoop)
+        std::thread(watch).join();
+    else
+        watch();
+    Later([](void*) {
+        Shell(Tool("set -t int test/watch/unwatched 1") + " && " + Tool("set -t int test/watch/a 5") + " && " +
+              Tool("set -t int test/watch/ignored 6") + " && " + Tool("set -t bool test/other/stop 1"));
+    }, nullptr);
+    ASSERT_TRUE(RunUntilQuit());
+    vconf_ignore_key_changed("test/watch/a", Record_Cb);
+    vconf_ignore_key_changed("test/other/stop", Record_Cb);
+    ASSERT_EQ(2u, g_seen.size());
+    EXPECT_EQ("test/watch/a", g_seen[0].name);
+    EXPECT_EQ(VCONF_TYPE_INT, g_seen[0].type);
+    EXPECT_EQ(5, g_seen[0].value);
+    EXPECT_EQ("test/other/stop", g_seen[1].name);
+    EXPECT_EQ(VCONF_TYPE_BOOL, g_seen[1].type);
+    EXPECT_EQ(1, g_seen[1].value);
+    EXPECT_TRUE(g_seen[0].onMainLoop && g_seen[1].onMainLoop);
+}
+
+INSTANTIATE_TEST_SUITE_P(Vconf, Watch,
+                         ::testing::Values(WatchCase{"FromTheMainLoop", false}, WatchCase{"FromAnotherThread", true}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
