@@ -35,9 +35,11 @@
 #include "CSubtitleInfo.h"
 #include "ITTMLSource.h"
 #include "SubRawData.h"
+#include "UgTTMLModule.h"
 
 #include <Ecore.h>
 #include <Ecore_Evas.h>
+#include <Ecore_Input_Evas.h>
 #include <Evas.h>
 #include <app_control.h>
 #include <dlfcn.h>
@@ -201,7 +203,7 @@ int ParseArgs(int argc, char** argv, Options& opt)
     return 0;
 }
 
-// The installed module (lib/ug/ beside bin/), else the one of the build tree.
+// The installed module, else the one of the build tree.
 std::string DefaultModule()
 {
     char self[4096];
@@ -212,7 +214,7 @@ std::string DefaultModule()
         dir = self;
         dir = dir.substr(0, dir.rfind('/'));
     }
-    std::string installed = dir + "/../lib/ug/libug-intertitle.so";
+    std::string installed = dir + "/" + INTERTITLE_INSTALLED_MODULE;
     if (access(installed.c_str(), R_OK) == 0)
         return installed;
     return INTERTITLE_BUILD_MODULE;
@@ -485,7 +487,7 @@ bool Host::m_Load()
         std::fprintf(stderr, "ug-host: cannot load %s: %s\n", path.c_str(), dlerror());
         return false;
     }
-    auto init = reinterpret_cast<ug_module_init_fn>(dlsym(m_pModule, "UG_TTML_MODULE_INIT"));
+    auto init = reinterpret_cast<ug_module_init_fn>(dlsym(m_pModule, UG_TTML_MODULE_ENTRY));
     if (!init) {
         std::fprintf(stderr, "ug-host: %s has no UG_TTML_MODULE_INIT\n", path.c_str());
         return false;
@@ -805,8 +807,10 @@ int main(int argc, char** argv)
     int rc = ParseArgs(argc, argv, opt);
     if (rc != 0)
         return rc < 0 ? 0 : rc;
-    // No D-Bus services to look for on a headless run.
+    // No D-Bus services to look for on a headless run; EFL's own complaints
+    // stay one line each.
     setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+    setenv("EINA_LOG_BACKTRACE", "0", 0);
 
     TTML::CSourceFeed feed;
     if (!opt.feed.empty()) {
@@ -820,6 +824,12 @@ int main(int argc, char** argv)
     } else if (const char* env = std::getenv("INTERTITLE_FEED")) {
         feed.Load(env);
     }
-    Host host(opt, feed, ChangeTimes(feed));
-    return host.Run();
+    // Buffer canvases unregister from the input-event table when freed; without
+    // it EFL reports a missing table at every canvas teardown.
+    ecore_evas_init();
+    ecore_event_evas_init();
+    int status = Host(opt, feed, ChangeTimes(feed)).Run();
+    ecore_event_evas_shutdown();
+    ecore_evas_shutdown();
+    return status;
 }

@@ -2,6 +2,7 @@
 #define TTML_UG_CTTMLUGMAIN_H
 
 #include "CUgHelper.h"
+#include "UgTTMLModule.h"
 
 #include <app_control.h>
 #include <ui-gadget-module.h>
@@ -42,9 +43,5 @@ private:
 };
 
 }  // namespace TTML
-
-// The module's only export: the framework calls it with its operation
-// table. 0 on success, -1 when the table or its `priv` slot is null.
-extern "C" __attribute__((visibility("default"))) int UG_TTML_MODULE_INIT(ug_module_ops* ops);
 
 #endif
