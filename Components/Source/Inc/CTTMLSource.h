@@ -52,7 +52,8 @@ public:
     // Stops and forgets the feed (the subtitle mode stays).
     void Deinitialize() override;
 
-    // Stops, forgets the feed and the callback, and deletes this object,
+    // Stops, sends message 5 (invalidate) to the registered callback on the
+    // calling thread, forgets the feed and the callback, and deletes this object,
     // which must have been made with new. The pointer is invalid afterwards.
     virtual void Destroy();
 

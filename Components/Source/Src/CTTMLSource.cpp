@@ -265,6 +265,15 @@ void CTTMLSource::m_Teardown()
         m_tornDown = true;
     }
     std::lock_guard<std::mutex> lock(m_deliveryLock);
+    // The listener hears that the source goes away, so it stops using it. It
+    // runs as a delivery: its UnregisterCallback takes the in-callback path.
+    if (m_callback) {
+        const CTTMLSource* pOuter = tCurrentSource;
+        tCurrentSource = this;
+        TTML_INFO("Sending %s (%d)", MessageName(TTML_SOURCE_MSG_INVALIDATE), TTML_SOURCE_MSG_INVALIDATE);
+        m_callback(TTML_SOURCE_MSG_INVALIDATE, m_userData);
+        tCurrentSource = pOuter;
+    }
     m_callback = nullptr;
     m_userData = nullptr;
 }
