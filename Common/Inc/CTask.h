@@ -20,9 +20,12 @@ namespace TTML {
 // cleanup callback, for events dropped unprocessed) frees it. Events still
 // queued when the task is destroyed are not freed.
 //
-// A null event is never a payload. It is the marker that ends the worker, or
-// acknowledges a Reset() when one is pending. Owners end the worker with
-// Stop(), which also joins it; a null posted by hand ends it unjoined.
+// A null event is never a payload: it is the marker that ends the worker.
+// Reset() queues a marker of its own (never null, never handed to a
+// callback), so a stop and a reset racing each other cannot be confused;
+// resets still pending when the worker ends are released then. Owners end the
+// worker with Stop(), which also joins it; a null posted by hand ends it
+// unjoined.
 //
 // Any thread may call SendEvent, Reset, Stop, SetTaskState and IsTaskIgnored;
 // Reset and Stop must not be called from the worker thread, since they wait
@@ -93,7 +96,7 @@ private:
     pthread_mutexattr_t m_QueueMutexAttr;
     pthread_mutex_t m_QueueMutex;  // recursive; also guards the two below
     pthread_cond_t m_QueueCond;
-    int m_PendingResets;  // markers that acknowledge a Reset rather than stop
+    int m_PendingResets;  // reset markers queued and not yet acknowledged
     bool m_Exiting;       // worker took its stop marker
 
     sem_t m_ResetSem;

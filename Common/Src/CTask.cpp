@@ -17,6 +17,12 @@ const size_t kMinQueueSize = 20;
 // Thread names are limited to 15 characters plus the terminator.
 const size_t kThreadNameSize = 16;
 
+// A reset's marker is this address, not null: with both markers null, a stop
+// marker queued ahead of a concurrent reset's marker was taken as the reset's
+// acknowledgement, and the reset returned before the events ahead of it ran.
+char g_resetMarker;
+void* const kResetMarker = &g_resetMarker;
+
 pid_t KernelThreadId()
 {
     return static_cast<pid_t>(syscall(SYS_gettid));
@@ -166,26 +172,29 @@ void CTask::m_Run()
         }
         void* event = m_Queue.front();
         m_Queue.pop_front();
-        bool resetAck = false;
-        if (!event) {
-            if (m_PendingResets > 0) {
-                --m_PendingResets;
-                resetAck = true;
-            } else {
-                m_Exiting = true;
-            }
+        int acks = 0;
+        if (event == kResetMarker) {
+            --m_PendingResets;
+            acks = 1;
+        } else if (!event) {
+            m_Exiting = true;
+            // Resets whose markers sit behind the stop marker will never be
+            // reached: release them now and drop their markers.
+            acks = m_PendingResets;
+            m_PendingResets = 0;
+            for (auto it = m_Queue.begin(); it != m_Queue.end();)
+                it = *it == kResetMarker ? m_Queue.erase(it) : it + 1;
         }
         pthread_mutex_unlock(&m_QueueMutex);
 
-        if (event) {
-            if (m_pEventCb)
-                m_pEventCb->Invoke(event);
-        } else if (resetAck) {
+        for (int i = 0; i < acks; ++i) {
             if (sem_post(&m_ResetSem) != 0)
                 TTML_ERROR("Error returned by sem_post");
-        } else {
-            break;
         }
+        if (!event)
+            break;
+        if (event != kResetMarker && m_pEventCb)
+            m_pEventCb->Invoke(event);
     }
 
     TTML_INFO("Task: Stop task event: stopping infinite loop.");
@@ -259,7 +268,7 @@ void CTask::Reset()
     }
     // A count, not a flag, so that concurrent resets each get their answer.
     ++m_PendingResets;
-    m_Queue.push_back(nullptr);
+    m_Queue.push_back(kResetMarker);
     pthread_cond_signal(&m_QueueCond);
     pthread_mutex_unlock(&m_QueueMutex);
 

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstring>
 #include <functional>
 #include <future>
@@ -297,6 +298,38 @@ TEST(TaskStop, EventsQueuedBehindTheMarkerStayQueued)
     task.Stop();
     EXPECT_TRUE(log.Has("Task is neither running nor in preparation stage! Q Size=[5]")) << log.Dump();
     EXPECT_EQ(Range(5, 10), rec.Cleaned());
+}
+
+// A reset whose marker sits behind a stop marker must not take the stop
+// marker as its answer: it would return while the events between still run.
+TEST(TaskReset, StopMarkerAheadIsNotTakenAsTheResetsAnswer)
+{
+    Payloads payload(2);
+    Recorder rec;
+    std::promise<void> held, gate;
+    std::shared_future<void> gateOpen = gate.get_future().share();
+    rec.onEvent = [&](int v) {
+        if (v == 0) {
+            held.set_value();
+            gateOpen.wait();
+        }
+    };
+    CTask task;
+    rec.ConnectTo(task, true);
+    ASSERT_TRUE(task.Start("StopReset"));
+    task.SendEvent(payload[0]);
+    held.get_future().wait();
+    task.SendEvent(nullptr);
+    task.SendEvent(payload[1]);
+    std::thread resetter([&] { task.Reset(); });
+    // Give the reset time to queue its marker behind the others; if it is
+    // later, it finds the worker gone and the test proves nothing, it does not fail.
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    gate.set_value();
+    resetter.join();  // released when the worker ends
+    EXPECT_EQ(std::vector<int>{0}, rec.Events());
+    task.Stop();
+    EXPECT_EQ(std::vector<int>{1}, rec.Cleaned());
 }
 
 struct CleanupCase {

@@ -101,9 +101,7 @@ public:
     {
         MainLoopTest::SetUp();
         DestroyGraphics();
-        TTML::CEngine::ClearCounters();
         TTML::CTVService::GetInstance().Reset();
-        TTML::CController::SetParserFactory(nullptr);
     }
 
     void TearDown() override
@@ -111,7 +109,6 @@ public:
         if (m_pCore)
             m_pCore->Destroy();
         m_pCore = nullptr;
-        TTML::CController::SetParserFactory(nullptr);
         TTML::CTTMLMenu::Destroy();
         MainLoopTest::TearDown();
     }
@@ -132,6 +129,19 @@ public:
     }
 
     void* Parent() { return m_canvas.GetBaseLayout(); }
+
+    // Runs the main loop until every request queued for it has run.
+    void RunPending()
+    {
+        ecore_timer_add(0.005, [](void*) -> Eina_Bool {
+            TTML::CMainThreadUtils* pUtils = TTML::CMainThreadUtils::GetInstance();
+            if (pUtils && pUtils->GetPendingCount() > 0)
+                return ECORE_CALLBACK_RENEW;
+            ecore_main_loop_quit();
+            return ECORE_CALLBACK_CANCEL;
+        }, nullptr);
+        RunLoop();
+    }
 
     // The root container's Evas object on the canvas, or null when none exists.
     Evas_Object* RootObject()

@@ -330,6 +330,7 @@ struct FlashCase {
     const char* name;
     long long mediaTime;  // record ends at 5000, timestamp 0
     bool granted;
+    bool late = false;  // the record was late: its zero delay stopped the timer
 };
 
 void PrintTo(const FlashCase& c, std::ostream* os) { *os << c.name; }
@@ -340,8 +341,11 @@ TEST_P(FlashTest, GrantedWhileAnIntervalRemains)
 {
     m_mediaTime = 0;
     ASSERT_TRUE(m_manager.SetTimer(1000, 5000, 0));
+    if (GetParam().late)
+        m_manager.StopTimer();
     m_mediaTime = GetParam().mediaTime;
     EXPECT_EQ(GetParam().granted, m_manager.SetFlashInterval(5000, 0));
+    ASSERT_TRUE(m_manager.IsTimerAdded());
     const std::vector<double>& periods = m_graphics.Live()->m_periods;
     if (GetParam().granted) {
         EXPECT_EQ(0.3, periods.back());
@@ -356,21 +360,67 @@ INSTANTIATE_TEST_SUITE_P(Timer, FlashTest,
                          ::testing::Values(FlashCase{"Remaining299", 4701, false},
                                            FlashCase{"Remaining300", 4700, true},
                                            FlashCase{"Ended", 6000, false},
-                                           FlashCase{"LongAhead", 1000, true}),
+                                           FlashCase{"LongAhead", 1000, true},
+                                           FlashCase{"LateRecord", 1500, true, true}),
                          [](const ::testing::TestParamInfo<FlashCase>& info) {
                              return std::string(info.param.name);
                          });
 
-TEST_F(TimerManagerTest, RequestsWithoutTimerLogAndDoNothing)
+TEST_F(TimerManagerTest, RequestsWithoutTimerMakeNoTimer)
 {
     m_manager.PauseTimer();
     m_manager.ResumeTimer();
-    EXPECT_FALSE(m_manager.SetFlashInterval(5000, 0));
     m_manager.StopTimer();
-    EXPECT_EQ(3, m_log.Count("m_pTimer is Null", DLOG_ERROR));
     EXPECT_FALSE(m_log.Has("Stopping timer!"));
     EXPECT_EQ(0, m_graphics.m_created);
+    EXPECT_FALSE(m_manager.IsPaused());
 }
+
+struct PauseCase {
+    const char* name;
+    bool armedBefore;   // a timer existed when the pause came
+    bool stopped;       // a seek or a cut stopped it while paused
+    long long armTime;  // media time when 4000 is armed while paused
+};
+
+void PrintTo(const PauseCase& c, std::ostream* os) { *os << c.name; }
+
+class PauseTest : public TimerManagerTest, public ::testing::WithParamInterface<PauseCase> {};
+
+// However the timer is rebuilt while paused, nothing fires until resume.
+TEST_P(PauseTest, TimerArmedWhilePausedWaitsForResume)
+{
+    m_mediaTime = 1000;
+    if (GetParam().armedBefore) {
+        ASSERT_TRUE(m_manager.SetTimer(5000, 9000, 0));
+    }
+    m_manager.PauseTimer();
+    if (GetParam().stopped)
+        m_manager.StopTimer();
+    m_mediaTime = GetParam().armTime;
+    ASSERT_TRUE(m_manager.SetTimer(4000, 9000, 0));
+
+    EXPECT_TRUE(m_calls.empty());
+    FakeTimer* pTimer = m_graphics.Live();
+    ASSERT_NE(nullptr, pTimer);
+    EXPECT_EQ(1, pTimer->m_pauses - pTimer->m_resumes);
+    EXPECT_EQ(4000u, m_manager.GetTimerTimeInfo());
+
+    m_manager.ResumeTimer();
+    EXPECT_EQ(0, pTimer->m_pauses - pTimer->m_resumes);
+    pTimer->Fire();
+    EXPECT_EQ(std::vector<unsigned long long>{4000}, m_calls);
+}
+
+INSTANTIATE_TEST_SUITE_P(Timer, PauseTest,
+                         ::testing::Values(PauseCase{"ArmedWhilePaused", false, false, 1000},
+                                           PauseCase{"RearmedAfterStop", true, true, 1000},
+                                           PauseCase{"LateWhilePaused", false, false, 6000},
+                                           PauseCase{"LateAfterStop", true, true, 6000},
+                                           PauseCase{"LateOnPausedTimer", true, false, 6000}),
+                         [](const ::testing::TestParamInfo<PauseCase>& info) {
+                             return std::string(info.param.name);
+                         });
 
 TEST_F(TimerManagerTest, PauseResumeReachTheTimerAndStopForgetsEverything)
 {

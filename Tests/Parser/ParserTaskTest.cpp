@@ -65,6 +65,12 @@ TEST(ParserTask, ResetReturnsOnlyAfterQueuedDocumentsAreDelivered)
     parser.Reset();
     EXPECT_EQ(delivered.Count(), 3u);
     EXPECT_TRUE(log.Has("Reset is done"));
+    // The reader is touched on the parser thread only, the reset's clean-up included.
+    for (const auto& line : log.Lines()) {
+        if (line.message == "Function is done") {
+            EXPECT_NE(line.text.find("Thread:[Parser "), std::string::npos) << line.text;
+        }
+    }
     parser.Destroy();
 }
 

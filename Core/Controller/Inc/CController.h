@@ -36,12 +36,6 @@ public:
     // False ("m_pEngine nullptr", or the engine refused it): the caller keeps it.
     bool AddSubtitleInfo(CSubtitleInfo* pInfo);
 
-    // Tests only: how the parser is made (null: the plain constructor), so a
-    // test can hand in a parser that refuses Initialize. The controller owns
-    // what the factory returns.
-    typedef CParser* (*ParserFactory)();
-    static void SetParserFactory(ParserFactory factory);
-
     CController(const CController&) = delete;
     CController& operator=(const CController&) = delete;
 
@@ -95,7 +89,6 @@ private:
     bool m_bInitialized;
 
     static CController* m_pCore;
-    static ParserFactory m_parserFactory;
 };
 
 }  // namespace TTML

@@ -17,7 +17,6 @@
 namespace TTML {
 
 CController* CController::m_pCore = nullptr;
-CController::ParserFactory CController::m_parserFactory = nullptr;
 
 ICore* ICore::GetInstance()
 {
@@ -48,11 +47,6 @@ CController::~CController()
     }
     if (m_pCore == this)
         m_pCore = nullptr;
-}
-
-void CController::SetParserFactory(ParserFactory factory)
-{
-    m_parserFactory = factory;
 }
 
 bool CController::Initialize(ITTMLSource* pSource, void* pParent)
@@ -504,7 +498,7 @@ bool CController::m_CreateEngine(IGraphics* pGraphics, int subtitleMode)
 
 bool CController::m_CreateParser(int subtitleMode)
 {
-    m_pParser = m_parserFactory ? m_parserFactory() : new (std::nothrow) CParser();
+    m_pParser = new (std::nothrow) CParser();
     TTML_ASSERT(m_pParser);
     if (!m_pParser->Initialize(subtitleMode, m_OnParser_CB, this)) {
         TTML_WARN("Error in parser initialization!");

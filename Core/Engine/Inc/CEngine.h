@@ -53,7 +53,8 @@ public:
     bool Start(bool bandMode);
     bool Pause();
     bool Resume();
-    // Position in ms on the document timeline.
+    // Position: media time in ms (each document's time stamp shifts it onto
+    // that document's timeline).
     void SeekStart(long long milliseconds);
     void SeekCompleted();
     // Empties queue, schedule and kept documents; the engine stays usable.
@@ -67,29 +68,6 @@ public:
     // Tests and tools: where the timer reads the media time (null: the
     // core controller). Set before documents arrive.
     void SetMediaTimeSource(CTimerManager::MediaTimeSource source, void* pUser);
-
-    // Tests: what every engine of the process has been asked, since the
-    // last ClearCounters. Any thread.
-    struct Counters {
-        int documentsQueued = 0;
-        int documentsReplayed = 0;   // queued again by a seek out of band
-        // Each queued or replayed document ends up processed or dropped once.
-        int documentsProcessed = 0;  // read on the engine thread and scheduled
-        int documentsDropped = 0;    // freed unread (reset, destroy)
-        int intervals = 0;           // distinct (begin, end) pairs of queued documents
-        int starts = 0;
-        bool lastBandMode = false;
-        int pauses = 0;
-        int resumes = 0;
-        int seekStarts = 0;
-        long long lastSeekPosition = -1;
-        int seekCompletes = 0;
-        int resets = 0;
-        int destroys = 0;
-        int subtitleMode = -1;  // of the last successful Initialize
-    };
-    static Counters GetCounters();
-    static void ClearCounters();
 
 private:
     // Tests reach the request table through it.
@@ -111,6 +89,8 @@ private:
     // Engine thread.
     void m_ProcessQueue(void* pData);
     void m_ManageSubtitle(SubtitleRenderingInfo* pRenderingData);
+    // Deletes a document dropped unread.
+    void m_DropDocument(CSubtitleInfo* pSubtitleInfo);
     // Destroys the renderer and deletes the record.
     void m_DeleteRecord(SubtitleRenderingInfo* pRecord);
 
@@ -123,6 +103,8 @@ private:
     void m_Seek(long long* pPosition);
     void m_SeekCompleted();
     void m_UpdateCurrentSubtitle();
+    // Arms for the front of the schedule when no timer is armed.
+    void m_ArmIfIdle();
 
     // Main loop, timer side.
     bool m_SyncNextSubtitle();
@@ -141,12 +123,14 @@ private:
     CGraphicsEngine* m_pGraphicsEngine; // owned
     int m_subtitleMode;
     bool m_bSeekPending;
-    unsigned long long m_seekPosition;  // ms
+    long long m_seekPosition;           // media time in ms
     IMutex* m_pSeekMutex;               // owned; guards the two above
     CSubtitleInfo* m_pSubtitleInfo;     // out of band only; owned
     std::list<CSubtitleInfo*> m_subtitleInfoList;  // band mode only; owned
     bool m_bOutOfBand;
-    IMutex* m_pSubtitleInfoMutex;       // owned; guards the three above
+    int m_documentsInFlight;  // queued (or replayed) and not yet kept or dropped
+    bool m_bReplayWanted;     // a seek completed while documents were in flight
+    IMutex* m_pSubtitleInfoMutex;       // owned; guards the five above
     CRenderingData* m_pRenderingData;   // owned
     // Records whose request never reached the main loop (stop state); they
     // are deleted there, with the schedule, so renderers die on the main loop.

@@ -46,13 +46,21 @@ public:
     // Re-arms when the timer fired more than 10 ms before its time. True
     // when it re-armed.
     bool SyncCurrentSubtitles();
-    // Switches the running timer to the 0.3 s flash period while at least
-    // that much of the record (ending at `end`) remains.
+    // Switches the timer to the 0.3 s flash period while at least that much
+    // of the record (ending at `end`) remains; makes a timer when the record
+    // was late and the timer was stopped.
     bool SetFlashInterval(unsigned long long end, long long timeStamp);
+    // The paused state outlives the timer: a timer armed while paused is
+    // made paused, and a late record then waits for ResumeTimer instead of
+    // calling back at once.
     void PauseTimer();
     void ResumeTimer();
-    // Destroys the timer (if any) and clears the timer data.
+    bool IsPaused();
+    // Destroys the timer (if any) and clears the timer data; the paused
+    // state stays.
     void StopTimer();
+    // Whether a media time can be read now (logs a warning when not).
+    bool HasMediaTime();
 
     bool IsTimerAdded();
     unsigned long long GetTimerTimeInfo();
@@ -68,6 +76,8 @@ public:
 private:
     bool m_GetMediaTime(long long* pTime);
     bool m_SetTimer(unsigned long long time, long long timeStamp, double seconds);
+    // Makes, starts (and pauses, while paused) a timer; under the mutex.
+    bool m_StartTimer(double seconds);
     static int m_OnTimerExpiry_Cb(void* pData);
 
     IGraphics* m_pGraphics;  // not owned
@@ -78,6 +88,7 @@ private:
     CTimerData m_timerData;
     MediaTimeSource m_pMediaTimeSource;
     void* m_pMediaTimeUser;
+    bool m_bPaused;
 };
 
 }  // namespace TTML

@@ -12,7 +12,6 @@
 #include "TCallback.h"
 #include "TTMLLog.h"
 
-#include <mutex>
 #include <new>
 #include <set>
 
@@ -35,16 +34,6 @@ enum MainLoopMessage {
 const int kFontScaleBit = 2;
 const int kResyncBit = 64;
 
-std::mutex g_countLock;
-CEngine::Counters g_counters;
-
-template <typename F>
-void Count(F change)
-{
-    std::lock_guard<std::mutex> guard(g_countLock);
-    change(g_counters);
-}
-
 }  // namespace
 
 std::atomic<bool> CEngine::m_bCreated{false};
@@ -52,7 +41,7 @@ std::atomic<bool> CEngine::m_bCreated{false};
 CEngine::CEngine(IGraphics* pGraphics)
     : m_pGraphics(pGraphics), m_pTimerManager(nullptr), m_pGraphicsEngine(nullptr), m_subtitleMode(1),
       m_bSeekPending(false), m_seekPosition(0), m_pSeekMutex(nullptr), m_pSubtitleInfo(nullptr),
-      m_bOutOfBand(true), m_pSubtitleInfoMutex(nullptr), m_pRenderingData(nullptr), m_pRenderingMutex(nullptr),
+      m_bOutOfBand(true), m_documentsInFlight(0), m_bReplayWanted(false), m_pSubtitleInfoMutex(nullptr), m_pRenderingData(nullptr), m_pRenderingMutex(nullptr),
       m_bInitialized(false)
 {
     m_pTimerManager = new (std::nothrow) CTimerManager(pGraphics, m_OnTimer_Cb, this);
@@ -112,7 +101,6 @@ bool CEngine::Initialize(int subtitleMode)
         TTML_WARN("CTTMLMenu Object is NULL");
     m_bCreated = true;
     m_bInitialized = true;
-    Count([subtitleMode](Counters& c) { c.subtitleMode = subtitleMode; });
     return true;
 }
 
@@ -128,14 +116,10 @@ bool CEngine::AddToQueue(void* pSubtitleInfo)
         TTML_WARN("SubtitleInfo is NULL");
         return false;
     }
-    // Read before posting: from then on the document is the engine thread's.
-    std::set<CSubtitleInfo::TimeInterval> keys;
-    static_cast<CSubtitleInfo*>(pSubtitleInfo)->GetUniqueKeys(keys);
-    const int intervals = static_cast<int>(keys.size());
-    Count([intervals](Counters& c) {
-        ++c.documentsQueued;
-        c.intervals += intervals;
-    });
+    {
+        TTML::Lock lock(m_pSubtitleInfoMutex);
+        ++m_documentsInFlight;
+    }
     SendEvent(pSubtitleInfo);
     return true;
 }
@@ -150,23 +134,26 @@ bool CEngine::Start(bool bandMode)
     // Outside the document mutex: the main loop takes the timer mutex first
     // and the document mutex inside it (a late record removed at once).
     m_pTimerManager->SetBandMode(bandMode);
-    Count([bandMode](Counters& c) {
-        ++c.starts;
-        c.lastBandMode = bandMode;
-    });
+    // Playback starts running: documents that came before the media time
+    // existed are armed now, and a pause left from before the start ends.
+    bool waiting = m_pTimerManager->IsPaused();
+    {
+        TTML::Lock lock(m_pRenderingMutex);
+        waiting = waiting || (!m_pTimerManager->IsTimerAdded() && !m_pRenderingData->GetMap().empty());
+    }
+    if (waiting)
+        m_DoMainLoopThreadSafeCall(nullptr, MSG_RESUME, false);
     return true;
 }
 
 bool CEngine::Pause()
 {
-    Count([](Counters& c) { ++c.pauses; });
     m_DoMainLoopThreadSafeCall(nullptr, MSG_PAUSE, false);
     return true;
 }
 
 bool CEngine::Resume()
 {
-    Count([](Counters& c) { ++c.resumes; });
     m_DoMainLoopThreadSafeCall(nullptr, MSG_RESUME, false);
     return true;
 }
@@ -174,10 +161,6 @@ bool CEngine::Resume()
 void CEngine::SeekStart(long long milliseconds)
 {
     TTML_INFO("milliseconds=%lld", milliseconds);
-    Count([milliseconds](Counters& c) {
-        ++c.seekStarts;
-        c.lastSeekPosition = milliseconds;
-    });
     long long* pPosition = new (std::nothrow) long long(milliseconds);
     if (!pPosition) {
         TTML_WARN("");
@@ -192,7 +175,6 @@ void CEngine::SeekStart(long long milliseconds)
 void CEngine::SeekCompleted()
 {
     TTML_INFO("");
-    Count([](Counters& c) { ++c.seekCompletes; });
     m_DoMainLoopThreadSafeCall(nullptr, MSG_SEEK_COMPLETED, false);
 }
 
@@ -201,7 +183,6 @@ void CEngine::Reset()
     TTML_INFO("");
     if (!m_bInitialized)
         return;
-    Count([](Counters& c) { ++c.resets; });
     m_DoMainLoopThreadSafeCall(nullptr, MSG_RESET, false);
 }
 
@@ -210,7 +191,6 @@ void CEngine::Destroy()
     TTML_INFO("");
     if (!m_bInitialized)
         return;
-    Count([](Counters& c) { ++c.destroys; });
     m_DoMainLoopThreadSafeCall(nullptr, MSG_DESTROY, true);
     if (m_bInitialized) {
         // No main loop service (the graphics object is gone or stopped):
@@ -334,8 +314,7 @@ void CEngine::m_ProcessQueue(void* pData)
     }
     if (IsTaskIgnored()) {
         TTML_INFO("Ignoring all the subtitleInfos");
-        delete pSubtitleInfo;
-        Count([](Counters& c) { ++c.documentsDropped; });
+        m_DropDocument(pSubtitleInfo);
         return;
     }
     m_pGraphicsEngine->CreateRootSurface(pSubtitleInfo->GetCellResolution(), pSubtitleInfo->GetTTExtent(),
@@ -348,16 +327,19 @@ void CEngine::m_ProcessQueue(void* pData)
     for (auto it = keys.begin(); it != keys.end(); ++it) {
         if (IsTaskIgnored()) {
             TTML_INFO("Ignoring all the subtitleInfos");
-            delete pSubtitleInfo;
-            Count([](Counters& c) { ++c.documentsDropped; });
+            m_DropDocument(pSubtitleInfo);
             return;
         }
         {
             TTML::Lock lock(m_pSeekMutex);
             if (m_bSeekPending) {
                 m_bSeekPending = false;
+                // The seek position is a media time; intervals are in document
+                // time, which is media time + the document's time stamp.
+                long long docTime = m_seekPosition + pSubtitleInfo->GetTimeStamp();
+                const unsigned long long seekTime = docTime < 0 ? 0 : static_cast<unsigned long long>(docTime);
                 // Resume from the interval holding the seek position.
-                auto at = keys.lower_bound(CSubtitleInfo::TimeInterval(m_seekPosition, m_seekPosition));
+                auto at = keys.lower_bound(CSubtitleInfo::TimeInterval(seekTime, seekTime));
                 if (at != keys.begin())
                     --at;
                 it = at;
@@ -373,8 +355,8 @@ void CEngine::m_ProcessQueue(void* pData)
         pRecord->m_pRendererData = m_pGraphicsEngine->CreateRenderer(&pRecord->m_ElementList, fontScale);
         m_ManageSubtitle(pRecord);
     }
-    Count([](Counters& c) { ++c.documentsProcessed; });
 
+    CSubtitleInfo* pReplay = nullptr;
     {
         TTML::Lock lock(m_pSubtitleInfoMutex);
         if (!m_bOutOfBand) {
@@ -384,7 +366,21 @@ void CEngine::m_ProcessQueue(void* pData)
                 delete m_pSubtitleInfo;
             m_pSubtitleInfo = pSubtitleInfo;
         }
+        --m_documentsInFlight;
+        // A seek completed while this (newer) document was on its way: it is
+        // the one to replay, unless it already started from the seek position.
+        if (m_bReplayWanted && m_documentsInFlight == 0) {
+            m_bReplayWanted = false;
+            TTML::Lock seekLock(m_pSeekMutex);
+            if (m_bOutOfBand && m_bSeekPending) {
+                pReplay = m_pSubtitleInfo;
+                m_pSubtitleInfo = nullptr;
+                ++m_documentsInFlight;
+            }
+        }
     }
+    if (pReplay)
+        SendEvent(pReplay);
     TTML_INFO("Exit");
 }
 
@@ -418,6 +414,13 @@ void CEngine::m_ManageSubtitle(SubtitleRenderingInfo* pRenderingData)
         return;
     }
     TTML_INFO("Data added through main loop!");
+}
+
+void CEngine::m_DropDocument(CSubtitleInfo* pSubtitleInfo)
+{
+    delete pSubtitleInfo;
+    TTML::Lock lock(m_pSubtitleInfoMutex);
+    --m_documentsInFlight;
 }
 
 void CEngine::m_DeleteRecord(SubtitleRenderingInfo* pRecord)
@@ -462,6 +465,12 @@ bool CEngine::m_SyncNextSubtitle()
         if (m_pTimerManager->SetTimer(nextTime, pNextSubInfo->m_EndTime, pNextSubInfo->m_TimeStamp)) {
             TTML_INFO("synched timer for time=[%llu]; pNextSubInfo=[%p]", nextTime, static_cast<void*>(pNextSubInfo));
             return true;
+        }
+        // Without a media time (before the start, after a stop) nothing is
+        // over yet: keep the schedule and arm when the time is there.
+        if (!m_pTimerManager->HasMediaTime()) {
+            TTML_INFO("No media time yet; schedule kept");
+            return false;
         }
         TTML_WARN("Updating for next subtitle failed for nextTime=[%llu]; endTime=[%llu]; pNextSubInfo=[%p]", nextTime,
                   pNextSubInfo->m_EndTime, static_cast<void*>(pNextSubInfo));
@@ -614,7 +623,9 @@ void CEngine::m_OnMenuUpdateCb(void* pData)
         TTML_INFO("No subtitle is on screen!");
         return;
     }
-    pEngine->m_DoMainLoopThreadSafeCall(nullptr, MSG_UPDATE_CURRENT_SUBTITLE, true);
+    // Asynchronous off the main loop: the notifying thread (the source's, on
+    // show or hide) may be the very one the main loop is waiting for.
+    pEngine->m_DoMainLoopThreadSafeCall(nullptr, MSG_UPDATE_CURRENT_SUBTITLE, eina_main_loop_is() == EINA_TRUE);
 }
 
 void CEngine::m_UpdateCurrentSubtitle()
@@ -649,6 +660,15 @@ void CEngine::m_Resume()
 {
     TTML_INFO("");
     m_pTimerManager->ResumeTimer();
+    m_ArmIfIdle();
+}
+
+void CEngine::m_ArmIfIdle()
+{
+    // A schedule kept while there was no media time is armed once there is.
+    TTML::Lock lock(m_pRenderingMutex);
+    if (!m_pTimerManager->IsTimerAdded())
+        m_SyncNextSubtitle();
 }
 
 void CEngine::m_Seek(long long* pPosition)
@@ -657,10 +677,15 @@ void CEngine::m_Seek(long long* pPosition)
         TTML_WARN("");
         return;
     }
+    // The schedule is cleared and the seek marked pending in one step under
+    // the rendering mutex: a document being processed either files records
+    // before it (cleared, and it then moves to the seek position) or after it
+    // (from the seek position), never records the clear misses.
+    TTML::Lock lock(m_pRenderingMutex);
     {
-        TTML::Lock lock(m_pSeekMutex);
-        // A negative position replays from the first interval.
-        m_seekPosition = *pPosition < 0 ? 0 : static_cast<unsigned long long>(*pPosition);
+        TTML::Lock seekLock(m_pSeekMutex);
+        // Kept signed: it is a media time, shifted by each document's time stamp.
+        m_seekPosition = *pPosition;
         m_bSeekPending = true;
     }
     delete pPosition;
@@ -673,15 +698,19 @@ void CEngine::m_SeekCompleted()
     CSubtitleInfo* pReplay = nullptr;
     {
         TTML::Lock lock(m_pSubtitleInfoMutex);
-        if (m_bOutOfBand && m_pSubtitleInfo) {
+        if (m_bOutOfBand && m_documentsInFlight > 0) {
+            // A newer document is on its way and will replace the current one:
+            // replaying the older one now would cut it away. The newest replays.
+            m_bReplayWanted = true;
+        } else if (m_bOutOfBand && m_pSubtitleInfo) {
             pReplay = m_pSubtitleInfo;
             m_pSubtitleInfo = nullptr;
+            ++m_documentsInFlight;
         }
     }
-    if (pReplay) {
-        Count([](Counters& c) { ++c.documentsReplayed; });
+    if (pReplay)
         SendEvent(pReplay);
-    }
+    m_ArmIfIdle();
 }
 
 void CEngine::m_RemoveTimerAndData()
@@ -720,6 +749,10 @@ void CEngine::m_Reset()
     }
     SetTaskState(false);
     m_DestroySubtitleInfo(true, 0);
+    {
+        TTML::Lock lock(m_pSubtitleInfoMutex);
+        m_bReplayWanted = false;
+    }
     TTML_INFO("Engine reset done");
 }
 
@@ -747,20 +780,6 @@ void CEngine::m_Destroy()
     m_RemoveTimerAndData();
     m_DestroySubtitleInfo(true, 0);
     m_pGraphics = nullptr;
-}
-
-// --- Test records ---------------------------------------------------------------------
-
-CEngine::Counters CEngine::GetCounters()
-{
-    std::lock_guard<std::mutex> guard(g_countLock);
-    return g_counters;
-}
-
-void CEngine::ClearCounters()
-{
-    std::lock_guard<std::mutex> guard(g_countLock);
-    g_counters = Counters();
 }
 
 }  // namespace TTML

@@ -21,7 +21,7 @@ const double kFlashIntervalMs = 300.0;
 CTimerManager::CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData)
     : m_pGraphics(pGraphics), m_bBandMode(false), m_pMutex(nullptr), m_pTimer(nullptr),
       m_pCallback(callback), m_timerData(pUserData), m_pMediaTimeSource(nullptr),
-      m_pMediaTimeUser(nullptr)
+      m_pMediaTimeUser(nullptr), m_bPaused(false)
 {
     m_pMutex = IMutex::Create();
     TTML_ASSERT(m_pMutex);
@@ -97,7 +97,9 @@ bool CTimerManager::SetTimer(unsigned long long begin, unsigned long long end, l
 bool CTimerManager::m_SetTimer(unsigned long long time, long long timeStamp, double seconds)
 {
     Lock lock(m_pMutex);
-    if (seconds == 0.0) {
+    // While paused a late record waits for resume like any other: it goes
+    // through a paused timer instead of being handled at once.
+    if (seconds == 0.0 && !m_bPaused) {
         TTML_INFO("Special case where time interval is zero, calling timer callback function!");
         if (m_pTimer)
             StopTimer();
@@ -110,17 +112,25 @@ bool CTimerManager::m_SetTimer(unsigned long long time, long long timeStamp, dou
     m_timerData.SetTimingInfo(time, timeStamp);
     if (!m_pTimer) {
         TTML_INFO("Adding timer for: [%f] seconds", seconds);
-        m_pTimer = m_pGraphics ? static_cast<ITimer*>(m_pGraphics->CreateObject(IGraphics::OBJECT_TIMER))
-                               : nullptr;
-        if (!m_pTimer) {
-            TTML_ERROR("m_pTimer is Null");
-            return false;
-        }
-        m_pTimer->Start(m_OnTimerExpiry_Cb, seconds, this);
-    } else {
-        TTML_INFO("Updating timer for: [%f] seconds", seconds);
-        m_pTimer->SetInterval(seconds);
+        return m_StartTimer(seconds);
     }
+    TTML_INFO("Updating timer for: [%f] seconds", seconds);
+    m_pTimer->SetInterval(seconds);
+    return true;
+}
+
+bool CTimerManager::m_StartTimer(double seconds)
+{
+    m_pTimer = m_pGraphics ? static_cast<ITimer*>(m_pGraphics->CreateObject(IGraphics::OBJECT_TIMER)) : nullptr;
+    if (!m_pTimer) {
+        TTML_ERROR("m_pTimer is Null");
+        return false;
+    }
+    m_pTimer->Start(m_OnTimerExpiry_Cb, seconds, this);
+    // The pause belongs to the playback, not to one timer: a timer made while
+    // paused (after a seek, a cut or a late record stopped the old one) waits.
+    if (m_bPaused)
+        m_pTimer->Pause();
     return true;
 }
 
@@ -164,10 +174,14 @@ bool CTimerManager::SetFlashInterval(unsigned long long end, long long timeStamp
         return false;
     }
     if (!m_pTimer) {
-        TTML_ERROR("m_pTimer is Null");
-        return false;
+        // A late record was handled at once and its timer stopped: it must
+        // flash all the same, so the flash period gets a timer of its own.
+        TTML_INFO("Adding timer for: [%f] seconds", kFlashIntervalSeconds);
+        if (!m_StartTimer(kFlashIntervalSeconds))
+            return false;
+    } else {
+        m_pTimer->SetInterval(kFlashIntervalSeconds);
     }
-    m_pTimer->SetInterval(kFlashIntervalSeconds);
     TTML_INFO("Set interval done");
     return true;
 }
@@ -175,8 +189,10 @@ bool CTimerManager::SetFlashInterval(unsigned long long end, long long timeStamp
 void CTimerManager::PauseTimer()
 {
     Lock lock(m_pMutex);
+    // Remembered without a timer too: the next one is made paused.
+    m_bPaused = true;
     if (!m_pTimer) {
-        TTML_ERROR("m_pTimer is Null");
+        TTML_INFO("No timer; the next one starts paused");
         return;
     }
     m_pTimer->Pause();
@@ -185,11 +201,25 @@ void CTimerManager::PauseTimer()
 void CTimerManager::ResumeTimer()
 {
     Lock lock(m_pMutex);
+    m_bPaused = false;
     if (!m_pTimer) {
-        TTML_ERROR("m_pTimer is Null");
+        TTML_INFO("No timer to resume");
         return;
     }
     m_pTimer->Resume();
+}
+
+bool CTimerManager::IsPaused()
+{
+    Lock lock(m_pMutex);
+    return m_bPaused;
+}
+
+bool CTimerManager::HasMediaTime()
+{
+    Lock lock(m_pMutex);
+    long long mediaTime = 0;
+    return m_GetMediaTime(&mediaTime);
 }
 
 void CTimerManager::StopTimer()

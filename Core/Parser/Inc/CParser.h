@@ -54,8 +54,8 @@ public:
     void AddToParserQueue(void* pSubRawData);
 
     // Returns once every document queued before the call has been parsed and
-    // delivered; then frees the reader's DOM on the calling thread, so nothing
-    // may be queued while it runs. Profiles stay cached.
+    // delivered and the reader's DOM has been freed on the parser thread.
+    // Profiles stay cached.
     void Reset();
 
     // Drops the documents still queued (freed unread), joins the thread,

@@ -25,6 +25,10 @@ const char kImscTextDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/text
 
 const int kSubtitleModeImscDefault = 8;
 
+// Queued by Reset ahead of the task's own marker: the reader's clean-up runs
+// on the parser thread, never beside a document another thread just posted.
+char g_cleanUpEvent;
+
 }  // namespace
 
 CParser::CParser()
@@ -87,8 +91,8 @@ void CParser::AddToParserQueue(void* pSubRawData)
 
 void CParser::Reset()
 {
+    SendEvent(&g_cleanUpEvent);
     CTask::Reset();
-    m_CleanUp();
     TTML_INFO("Reset is done");
 }
 
@@ -126,6 +130,10 @@ void CParser::OnErrorDownloadableFonts(const std::list<std::string>& fontList)
 
 void CParser::m_ProcessQueueData(void* pData)
 {
+    if (pData == &g_cleanUpEvent) {
+        m_CleanUp();
+        return;
+    }
     SubRawData* pSubRawData = static_cast<SubRawData*>(pData);
     if (!pSubRawData) {
         TTML_WARN("pSubRawData is NULL");
