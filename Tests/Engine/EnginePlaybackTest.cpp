@@ -7,6 +7,7 @@
 #include "CMainThreadUtils.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
+#include "CaptionDivisionDriver.h"
 #include "LogCapture.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
@@ -120,12 +121,13 @@ private:
 TEST_F(EnginePlayback, MenuChangeOffTheMainLoopDoesNotWaitForIt)
 {
     LogCapture log;
+    AllowCaptionDivision();
     m_pEngine->AddToQueue(MakeDocument(m_ledger, {{60000, 70000}}));
     ASSERT_TRUE(RunUntil([&] { return log.HasContaining("synched timer for time=[60000]"); }));
 
     bool joined = false;
     auto step = [&] {
-        std::packaged_task<void()> notify([] { CTTMLMenu::GetInstance()->NotifyMenuChange(); });
+        std::packaged_task<void()> notify([] { ToggleCaptionDivision(); });
         std::future<void> done = notify.get_future();
         std::thread source(std::move(notify));
         // A deadlock guard, not a time limit: a waiting listener never returns.
