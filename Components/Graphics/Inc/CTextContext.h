@@ -60,6 +60,9 @@ public:
     // Puts its layers on top of the root container's members, in order.
     void RaiseLayers();
 
+    // Canvas rectangle of the laid-out lines where it was last rendered;
+    // false while not rendered on a surface. Main loop.
+    bool GetTextRect(int* x, int* y, int* w, int* h) const;
     // The paragraph's text without markup, line breaks as "\n". Any thread.
     std::string GetPlainText() const;
     // Layers drawn for the current style (tests look at the edge count).

@@ -64,6 +64,10 @@ public:
     // ctx is going away.
     void ForgetContent(CTextContext* ctx);
     CRootContainer* GetRoot() const { return m_pRoot; }
+    // The whole region (padding included) in canvas pixels. Any thread.
+    void GetScreenRect(int* x, int* y, int* w, int* h);
+    // Paragraphs rendered on it, in order. Main loop.
+    const std::vector<CTextContext*>& GetContent() const { return m_contexts; }
     bool IsRightToLeft() const { return m_bRtl; }
     bool IsBackgroundVisible() const { return m_bBackgroundVisible; }
 

@@ -369,6 +369,17 @@ std::string CTextContext::GetText()
     return m_markup;
 }
 
+bool CTextContext::GetTextRect(int* x, int* y, int* w, int* h) const
+{
+    if (!m_pSurface)
+        return false;
+    *x = m_penX + m_blockX;
+    *y = m_penY;
+    *w = m_blockW;
+    *h = m_lastH;
+    return true;
+}
+
 std::string CTextContext::GetPlainText() const
 {
     std::string plain;

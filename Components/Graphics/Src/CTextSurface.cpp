@@ -388,6 +388,17 @@ void CTextSurface::m_Sync()
     }
 }
 
+void CTextSurface::GetScreenRect(int* x, int* y, int* w, int* h)
+{
+    int rootX = 0;
+    int rootY = 0;
+    m_pRoot->GetGeometry(&rootX, &rootY, nullptr, nullptr);
+    *x = rootX + m_x;
+    *y = rootY + m_y;
+    *w = m_w;
+    *h = m_h;
+}
+
 std::string CTextSurface::m_ContentText(const std::vector<CTextContext*>& contexts)
 {
     std::string text;

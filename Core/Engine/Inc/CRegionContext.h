@@ -23,6 +23,7 @@ public:
     void AddContext(const std::string& id, ITextContext* pContext);
     // Null when id is unknown; valid until the next AddContext or Clear.
     std::list<void*>* GetContextList(const std::string& id);
+    const std::list<void*>* GetContextList(const std::string& id) const;
     // Appends every region id, in id order (bytewise).
     void GetRegionList(std::list<std::string>& ids) const;
     void Clear();

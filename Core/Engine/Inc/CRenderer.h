@@ -58,6 +58,16 @@ public:
     // and destroyed them (and the registry).
     bool Clear();
 
+    // One region as drawn: its id, shared surface and this renderer's
+    // paragraphs on it (a single null for an image region).
+    struct RegionView {
+        std::string id;
+        ITextSurface* pSurface;
+        std::list<void*> contexts;
+    };
+    // The renderer's regions in id order, for tools describing a drawing.
+    void GetRegions(std::list<RegionView>& regions) const;
+
     // The monospaced font factor table, by family and flag (for tests).
     static void GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors);
     // The caption-menu opacity table applied to a colour (for tests).

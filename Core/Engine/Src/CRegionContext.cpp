@@ -13,6 +13,12 @@ std::list<void*>* CRegionContext::GetContextList(const std::string& id)
     return it == m_contexts.end() ? nullptr : &it->second;
 }
 
+const std::list<void*>* CRegionContext::GetContextList(const std::string& id) const
+{
+    auto it = m_contexts.find(id);
+    return it == m_contexts.end() ? nullptr : &it->second;
+}
+
 void CRegionContext::GetRegionList(std::list<std::string>& ids) const
 {
     for (const auto& entry : m_contexts)

@@ -277,7 +277,8 @@ void CRenderer::m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<
         pSurface->SetOverflowArea(true, area.x, area.y, rootW, rootH);
     }
     TTMLPadding p;
-    ConvertDistributionPaddingType(padding, cellSize, std::make_pair(area.w, area.h), p);
+    if (!padding.empty())
+        ConvertDistributionPaddingType(padding, cellSize, std::make_pair(area.w, area.h), p);
     pSurface->SetPadding(p.top, p.bottom, p.left, p.right);
     if (showBackground == "always")
         pSurface->SetShowBackgroundAlways(true);
@@ -492,6 +493,18 @@ bool CRenderer::Clear()
         m_pRegionContext = nullptr;
     }
     return destroyed;
+}
+
+void CRenderer::GetRegions(std::list<RegionView>& regions) const
+{
+    if (!m_pRegionContext || !m_pRegionSurface)
+        return;
+    std::list<std::string> ids;
+    m_pRegionContext->GetRegionList(ids);
+    for (const std::string& id : ids) {
+        const std::list<void*>* pList = m_pRegionContext->GetContextList(id);
+        regions.push_back(RegionView{id, m_pRegionSurface->GetTextSurface(id), pList ? *pList : std::list<void*>()});
+    }
 }
 
 // ---- Drawing ------------------------------------------------------------------

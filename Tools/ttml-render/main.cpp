@@ -1,0 +1,532 @@
+// ttml-render: shows what a document looks like at chosen media times,
+// without waiting in real time. The document is parsed as ttml-dump does,
+// and each time is drawn as the engine draws an interval: the graphics
+// engine's root surface for the document, one renderer per interval
+// (CreateRenderer, RenderText, DestroyRenderer) on a headless canvas.
+//
+//   ttml-render [--size WxH] [--at MS[,MS...]] [--out DIR] [--background FILE.png|#rrggbb]
+//               [--profile N] [--mode M] [--sheet] [--json] FILE
+//
+// Writes DIR/<ms>.png per time (default: the begin of every interval);
+// --sheet adds DIR/sheet.png with every frame as a labelled thumbnail;
+// --json prints one JSON object per time: the regions drawn (screen pixels)
+// and their paragraphs (text, rectangle, font size, colours). Caption
+// settings come from the caption menu record, as on the TV.
+// Exit status: 0 drawn, 1 the document was refused (with the parser's
+// reasons) or a picture could not be written, 2 usage error.
+
+#include "CGraphics.h"
+#include "CGraphicsEngine.h"
+#include "CHeadlessCanvas.h"
+#include "CParser.h"
+#include "CRenderer.h"
+#include "CSubSampleBuilder.h"
+#include "CSubtitleInfo.h"
+#include "CTTMLMenu.h"
+#include "CTextContext.h"
+#include "CTextSurface.h"
+#include "IGraphics.h"
+#include "SubRawData.h"
+#include "TTMLAttr.h"
+
+#include <Ecore_Evas.h>
+#include <Evas.h>
+#include <dlog.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <boost/regex.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <list>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using TTML::CElementSPTR;
+using TTML::CSubtitleInfo;
+
+struct Options {
+    int width = 1920;
+    int height = 1080;
+    std::vector<unsigned long long> times;  // empty: every interval's begin
+    std::string out = ".";
+    std::string background = "#808080";     // mid-grey: white text and black boxes both show
+    int profile = -1;
+    int mode = 1;
+    bool sheet = false;
+    bool json = false;
+    std::string file;
+};
+
+const char kImageDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
+
+int Usage(const char* problem)
+{
+    if (problem)
+        std::fprintf(stderr, "ttml-render: %s\n", problem);
+    std::fprintf(stderr,
+                 "usage: ttml-render [--size WxH] [--at MS[,MS...]] [--out DIR] [--background FILE.png|#rrggbb]\n"
+                 "                   [--profile N] [--mode M] [--sheet] [--json] FILE\n");
+    return 2;
+}
+
+bool ParseNumber(const std::string& text, long long low, long long high, long long& out)
+{
+    if (text.empty())
+        return false;
+    char* rest = nullptr;
+    errno = 0;
+    long long value = std::strtoll(text.c_str(), &rest, 10);
+    if (errno || !rest || *rest || value < low || value > high)
+        return false;
+    out = value;
+    return true;
+}
+
+int ParseArgs(int argc, char** argv, Options& opt)
+{
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        auto value = [&](std::string& v) {
+            if (i + 1 >= argc)
+                return false;
+            v = argv[++i];
+            return true;
+        };
+        std::string v;
+        long long n = 0;
+        if (arg == "--size") {
+            const std::string::size_type x = value(v) ? v.find('x') : std::string::npos;
+            long long h = 0;
+            if (x == std::string::npos || !ParseNumber(v.substr(0, x), 16, 8192, n) ||
+                !ParseNumber(v.substr(x + 1), 16, 8192, h))
+                return Usage("--size takes WxH, each 16 to 8192");
+            opt.width = static_cast<int>(n);
+            opt.height = static_cast<int>(h);
+        } else if (arg == "--at") {
+            if (!value(v))
+                return Usage("--at takes MS[,MS...]");
+            std::stringstream list(v);
+            std::string item;
+            while (std::getline(list, item, ',')) {
+                if (!ParseNumber(item, 0, 1LL << 53, n))
+                    return Usage(("--at: not a time in ms: \"" + item + "\"").c_str());
+                opt.times.push_back(static_cast<unsigned long long>(n));
+            }
+            if (opt.times.empty())
+                return Usage("--at takes MS[,MS...]");
+        } else if (arg == "--out") {
+            if (!value(opt.out) || opt.out.empty())
+                return Usage("--out takes a folder");
+        } else if (arg == "--background") {
+            if (!value(opt.background) || opt.background.empty())
+                return Usage("--background takes FILE.png or #rrggbb");
+            if (opt.background[0] == '#' && !boost::regex_match(opt.background, boost::regex("#[0-9a-fA-F]{6}")))
+                return Usage("--background colour must be #rrggbb");
+        } else if (arg == "--profile" || arg == "--mode") {
+            if (!value(v) || !ParseNumber(v, arg == "--profile" ? -1 : 0, 1 << 30, n))
+                return Usage((arg + " takes a number").c_str());
+            (arg == "--profile" ? opt.profile : opt.mode) = static_cast<int>(n);
+        } else if (arg == "--sheet") {
+            opt.sheet = true;
+        } else if (arg == "--json") {
+            opt.json = true;
+        } else if (arg == "-h" || arg == "--help") {
+            Usage(nullptr);
+            return -1;
+        } else if (!arg.empty() && arg[0] == '-') {
+            return Usage(("unknown option " + arg).c_str());
+        } else if (opt.file.empty()) {
+            opt.file = arg;
+        } else {
+            return Usage("one FILE only");
+        }
+    }
+    return opt.file.empty() ? Usage("no FILE") : 0;
+}
+
+// Collects the warning lines logged while it lives (their message part).
+class WarningCollector {
+public:
+    WarningCollector() { dlog_set_hook(&Hook, this); }
+    ~WarningCollector() { dlog_set_hook(nullptr, nullptr); }
+    WarningCollector(const WarningCollector&) = delete;
+    WarningCollector& operator=(const WarningCollector&) = delete;
+
+    std::vector<std::string> Take()
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        std::vector<std::string> lines;
+        lines.swap(m_lines);
+        return lines;
+    }
+
+private:
+    static void Hook(log_priority prio, const char*, const char* msg, void* user)
+    {
+        if (prio < DLOG_WARN)
+            return;
+        auto* self = static_cast<WarningCollector*>(user);
+        std::string line = msg;
+        std::string::size_type open = line.rfind("] [");
+        if (open != std::string::npos && line.back() == ']')
+            line = line.substr(open + 3, line.size() - open - 4);
+        for (const char* code : {"\033[01;33m", "\033[01;31m", "\033[0m"}) {
+            std::string::size_type at;
+            while ((at = line.find(code)) != std::string::npos)
+                line.erase(at, std::strlen(code));
+        }
+        std::lock_guard<std::mutex> guard(self->m_lock);
+        self->m_lines.push_back(line);
+    }
+
+    std::mutex m_lock;
+    std::vector<std::string> m_lines;
+};
+
+struct Delivery {
+    CSubtitleInfo* pSubtitleInfo = nullptr;  // owned once delivered
+};
+
+void OnParsed_Cb(int msgId, void* data)
+{
+    if (msgId != 0 || !data)
+        return;
+    auto* pData = static_cast<TTML::ParserCallbackData*>(data);
+    auto* pDelivery = static_cast<Delivery*>(pData->pUserData);
+    delete pDelivery->pSubtitleInfo;
+    pDelivery->pSubtitleInfo = pData->pSubtitleInfo;
+}
+
+// Files named by smpte:backgroundImage beside the document, packed into the
+// record's sub-sample data as a source sends them.
+void PackImages(const std::string& file, const std::string& xml, std::string& subSampleData)
+{
+    static const boost::regex kAttr("[:\\s]backgroundImage\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')");
+    std::string dir;
+    const std::string::size_type slash = file.find_last_of('/');
+    if (slash != std::string::npos)
+        dir = file.substr(0, slash + 1);
+    std::set<std::string> seen;
+    std::vector<std::string> paths;
+    for (boost::sregex_iterator it(xml.begin(), xml.end(), kAttr), end; it != end; ++it) {
+        const std::string ref = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
+        if (ref.empty() || ref.compare(0, 4, "urn:") == 0 || ref[0] == '#' || ref[0] == '/' || !seen.insert(ref).second)
+            continue;
+        const std::string path = dir + ref;
+        if (access(path.c_str(), R_OK) == 0)
+            paths.push_back(path);
+    }
+    if (!paths.empty())
+        TTML::CSubSampleBuilder::BuildFromFiles(paths, subSampleData);
+}
+
+bool ReadWholeFile(const std::string& path, std::string& out)
+{
+    std::ifstream in(path, std::ios::binary);
+    if (!in)
+        return false;
+    std::ostringstream text;
+    text << in.rdbuf();
+    out = text.str();
+    return !in.bad();
+}
+
+void JsonString(std::ostream& os, const std::string& s)
+{
+    os << '"';
+    for (unsigned char c : s) {
+        switch (c) {
+        case '"': os << "\\\""; break;
+        case '\\': os << "\\\\"; break;
+        case '\n': os << "\\n"; break;
+        case '\t': os << "\\t"; break;
+        case '\r': os << "\\r"; break;
+        default:
+            if (c < 0x20) {
+                char buf[8];
+                std::snprintf(buf, sizeof(buf), "\\u%04x", c);
+                os << buf;
+            } else {
+                os << static_cast<char>(c);
+            }
+        }
+    }
+    os << '"';
+}
+
+// First value of a markup item (" color=#rrggbbaa"), empty when absent.
+std::string MarkupItem(const std::string& markup, const char* item)
+{
+    const boost::regex pattern(std::string("[<\\s]") + item + "=(#[0-9a-fA-F]{6,8})");
+    boost::smatch match;
+    return boost::regex_search(markup, match, pattern) ? match[1].str() : std::string();
+}
+
+void Rect(std::ostream& os, int x, int y, int w, int h)
+{
+    os << "\"x\":" << x << ",\"y\":" << y << ",\"w\":" << w << ",\"h\":" << h;
+}
+
+// What one drawing put on screen, as one JSON line.
+std::string Describe(unsigned long long time, const TTML::CRenderer* pRenderer, bool shown)
+{
+    std::ostringstream os;
+    os << "{\"time\":" << time << ",\"regions\":[";
+    std::list<TTML::CRenderer::RegionView> regions;
+    if (pRenderer && shown)
+        pRenderer->GetRegions(regions);
+    bool firstRegion = true;
+    for (const TTML::CRenderer::RegionView& region : regions) {
+        auto* pSurface = dynamic_cast<TTML::CTextSurface*>(region.pSurface);
+        if (!pSurface)
+            continue;
+        int x = 0, y = 0, w = 0, h = 0;
+        pSurface->GetScreenRect(&x, &y, &w, &h);
+        os << (firstRegion ? "" : ",") << "{\"id\":";
+        firstRegion = false;
+        JsonString(os, region.id);
+        os << ",";
+        Rect(os, x, y, w, h);
+        os << ",\"paragraphs\":[";
+        bool firstParagraph = true;
+        for (void* pObject : region.contexts) {
+            auto* pContext = pObject ? dynamic_cast<TTML::CTextContext*>(static_cast<TTML::ITextContext*>(pObject))
+                                     : nullptr;
+            if (!pContext || !pContext->GetTextRect(&x, &y, &w, &h))
+                continue;
+            const std::string markup = pContext->GetText();
+            os << (firstParagraph ? "" : ",") << "{\"text\":";
+            firstParagraph = false;
+            JsonString(os, pContext->GetPlainText());
+            os << ",";
+            Rect(os, x, y, w, h);
+            char size[32];
+            std::snprintf(size, sizeof(size), "%.2f", pContext->GetFontSize());
+            os << ",\"fontSize\":" << size << ",\"color\":";
+            JsonString(os, MarkupItem(markup, "color"));
+            os << ",\"background\":";
+            JsonString(os, MarkupItem(markup, "backing_color"));
+            os << "}";
+        }
+        os << "]}";
+    }
+    os << "]}";
+    return os.str();
+}
+
+// The backdrop under the base layout: a colour or a picture scaled to the canvas.
+bool AddBackdrop(TTML::CHeadlessCanvas& canvas, const std::string& background)
+{
+    Evas* pEvas = canvas.GetEvas();
+    Evas_Object* pBackdrop = nullptr;
+    if (background[0] == '#') {
+        const unsigned long rgb = std::strtoul(background.c_str() + 1, nullptr, 16);
+        pBackdrop = evas_object_rectangle_add(pEvas);
+        evas_object_color_set(pBackdrop, static_cast<int>((rgb >> 16) & 0xff), static_cast<int>((rgb >> 8) & 0xff),
+                              static_cast<int>(rgb & 0xff), 255);
+    } else {
+        pBackdrop = evas_object_image_filled_add(pEvas);
+        evas_object_image_file_set(pBackdrop, background.c_str(), nullptr);
+        if (evas_object_image_load_error_get(pBackdrop) != EVAS_LOAD_ERROR_NONE) {
+            evas_object_del(pBackdrop);
+            std::fprintf(stderr, "ttml-render: cannot load the background picture %s\n", background.c_str());
+            return false;
+        }
+    }
+    evas_object_move(pBackdrop, 0, 0);
+    evas_object_resize(pBackdrop, canvas.GetWidth(), canvas.GetHeight());
+    evas_object_layer_set(pBackdrop, 0);
+    evas_object_show(pBackdrop);
+    return true;
+}
+
+std::string Clock(unsigned long long ms)
+{
+    char buf[40];
+    std::snprintf(buf, sizeof(buf), "%02llu:%02llu:%02llu.%03llu  (%llu ms)", ms / 3600000, ms / 60000 % 60,
+                  ms / 1000 % 60, ms % 1000, ms);
+    return buf;
+}
+
+// Every frame as a thumbnail with its media time under it, four a row.
+bool WriteSheet(const std::vector<std::pair<unsigned long long, std::string>>& frames, int width, int height,
+                const std::string& path)
+{
+    const int columns = frames.size() < 4 ? static_cast<int>(frames.size()) : 4;
+    const int rows = static_cast<int>((frames.size() + 3) / 4);
+    const int thumbW = 480;
+    const int thumbH = thumbW * height / width;
+    const int gap = 12;
+    const int label = 30;
+    TTML::CHeadlessCanvas sheet;
+    if (columns == 0 || !sheet.Initialize(gap + columns * (thumbW + gap), gap + rows * (thumbH + label + gap)))
+        return false;
+    Evas* pEvas = sheet.GetEvas();
+    Evas_Object* pBack = evas_object_rectangle_add(pEvas);
+    evas_object_color_set(pBack, 24, 24, 24, 255);
+    evas_object_resize(pBack, sheet.GetWidth(), sheet.GetHeight());
+    evas_object_show(pBack);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+        const int x = gap + static_cast<int>(i % 4) * (thumbW + gap);
+        const int y = gap + static_cast<int>(i / 4) * (thumbH + label + gap);
+        Evas_Object* pThumb = evas_object_image_filled_add(pEvas);
+        evas_object_image_file_set(pThumb, frames[i].second.c_str(), nullptr);
+        evas_object_image_smooth_scale_set(pThumb, EINA_TRUE);
+        evas_object_move(pThumb, x, y);
+        evas_object_resize(pThumb, thumbW, thumbH);
+        evas_object_show(pThumb);
+        Evas_Object* pText = evas_object_text_add(pEvas);
+        evas_object_text_font_set(pText, "DejaVu Sans", 18);
+        evas_object_text_text_set(pText, Clock(frames[i].first).c_str());
+        evas_object_color_set(pText, 230, 230, 230, 255);
+        evas_object_move(pText, x, y + thumbH + 4);
+        evas_object_show(pText);
+    }
+    return sheet.SavePng(path);
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    Options opt;
+    int rc = ParseArgs(argc, argv, opt);
+    if (rc != 0)
+        return rc < 0 ? 0 : rc;
+    setenv("INTERTITLE_LOG", "none", 0);
+    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+    dlog_reload_filter();
+
+    // Parse exactly as ttml-dump does.
+    auto* pRecord = new TTML::SubRawData();
+    pRecord->profile = opt.profile;
+    pRecord->url = opt.file;
+    if (!ReadWholeFile(opt.file, pRecord->xmlData)) {
+        delete pRecord;
+        std::fprintf(stderr, "ttml-render: cannot read %s\n", opt.file.c_str());
+        return 1;
+    }
+    PackImages(opt.file, pRecord->xmlData, pRecord->subSampleData);
+    if (opt.profile == -1 && pRecord->xmlData.find(kImageDesignator) != std::string::npos)
+        pRecord->profile = 1;
+    Delivery delivery;
+    TTML::CParser parser;
+    if (!parser.Initialize(opt.mode, &OnParsed_Cb, &delivery)) {
+        delete pRecord;
+        std::fprintf(stderr, "ttml-render: the parser did not start\n");
+        return 1;
+    }
+    int result = -1;
+    std::vector<std::string> reasons;
+    {
+        WarningCollector collector;
+        int profile = -1;
+        result = parser.ProcessRecord(pRecord, &profile);
+        reasons = collector.Take();
+    }
+    CSubtitleInfo* pInfo = result == TTML::ERR_NONE ? delivery.pSubtitleInfo : nullptr;
+    if (!pInfo) {
+        std::fprintf(stderr, "ttml-render: %s refused: result %d\n", opt.file.c_str(), result);
+        for (const std::string& reason : reasons)
+            std::fprintf(stderr, "  reason: %s\n", reason.c_str());
+        delete delivery.pSubtitleInfo;
+        parser.Destroy();
+        return 1;
+    }
+
+    std::set<CSubtitleInfo::TimeInterval> intervals;
+    pInfo->GetUniqueKeys(intervals);
+    std::vector<unsigned long long> times = opt.times;
+    if (times.empty())
+        for (const CSubtitleInfo::TimeInterval& interval : intervals)
+            if (times.empty() || times.back() != interval.first)
+                times.push_back(interval.first);
+    mkdir(opt.out.c_str(), 0777);
+
+    TTML::CHeadlessCanvas canvas;
+    TTML::IGraphics* pGraphics = nullptr;
+    bool ok = canvas.Initialize(opt.width, opt.height);
+    // EFL's own complaints (at its shutdown) are not the document's problems.
+    if (ok && !getenv("EINA_LOG_LEVEL"))
+        eina_log_print_cb_set([](const Eina_Log_Domain*, Eina_Log_Level, const char*, const char*, int, const char*,
+                                 void*, va_list) {},
+                              nullptr);
+    ok = ok && AddBackdrop(canvas, opt.background);
+    if (ok) {
+        pGraphics = TTML::IGraphics::Create();
+        ok = pGraphics && pGraphics->Initialize(canvas.GetBaseLayout());
+    }
+    if (!ok) {
+        std::fprintf(stderr, "ttml-render: no canvas to draw on\n");
+        if (pGraphics)
+            pGraphics->Destroy();
+        delete delivery.pSubtitleInfo;
+        parser.Destroy();
+        return 1;
+    }
+    // The viewer's caption settings apply as on the TV.
+    TTML::CTTMLMenu* pMenu = TTML::CTTMLMenu::GetInstance();
+    pMenu->RegisterVconfKeysForCaption();
+    pMenu->ReadMenuData();
+
+    TTML::CGraphicsEngine engine(pGraphics);
+    engine.CreateRootSurface(pInfo->GetCellResolution(), pInfo->GetTTExtent(), pInfo->GetAspectRatio());
+    std::vector<std::pair<unsigned long long, std::string>> frames;
+    bool written = true;
+    for (unsigned long long time : times) {
+        std::list<CElementSPTR> elements;
+        for (const CSubtitleInfo::TimeInterval& interval : intervals) {
+            if (interval.first <= time && time < interval.second) {
+                pInfo->GetElementListForInterval(interval, elements);
+                break;
+            }
+        }
+        WarningCollector collector;
+        TTML::CRenderer* pRenderer = elements.empty() ? nullptr : engine.CreateRenderer(&elements, (opt.mode & 2) != 0);
+        const bool drawn = pRenderer && engine.RenderText(pRenderer) == 1;
+        if (pRenderer && !drawn)
+            std::fprintf(stderr, "ttml-render: %llu ms: a region could not be drawn\n", time);
+        if (opt.json)
+            std::printf("%s\n", Describe(time, pRenderer, drawn).c_str());
+        const std::string path = opt.out + "/" + std::to_string(time) + ".png";
+        // A region that failed is taken off before the picture: no half-drawn frame.
+        if (pRenderer && !drawn) {
+            engine.DestroyRenderer(pRenderer);
+            pRenderer = nullptr;
+        }
+        if (canvas.SavePng(path)) {
+            frames.emplace_back(time, path);
+        } else {
+            std::fprintf(stderr, "ttml-render: cannot write %s\n", path.c_str());
+            written = false;
+        }
+        if (pRenderer)
+            engine.DestroyRenderer(pRenderer);
+        std::set<std::string> said;
+        for (const std::string& warning : collector.Take())
+            if (said.insert(warning).second)
+                std::fprintf(stderr, "ttml-render: %llu ms: %s\n", time, warning.c_str());
+    }
+    if (opt.sheet && !frames.empty() && !WriteSheet(frames, opt.width, opt.height, opt.out + "/sheet.png")) {
+        std::fprintf(stderr, "ttml-render: cannot write %s/sheet.png\n", opt.out.c_str());
+        written = false;
+    }
+
+    pMenu->UnregisterVconfKeysForCaption();
+    TTML::CTTMLMenu::Destroy();
+    pGraphics->Destroy();
+    canvas.Destroy();
+    delete delivery.pSubtitleInfo;
+    parser.Destroy();
+    return written ? 0 : 1;
+}
