@@ -444,6 +444,13 @@ int main(int argc, char** argv)
         return 1;
     }
 
+    // What the parser let through but had to change or drop (elements it
+    // does not draw, such as metadata, are skipped without a word).
+    std::set<std::string> said;
+    for (const std::string& reason : reasons)
+        if (reason.compare(0, 25, "No matching element found") != 0 && said.insert(reason).second)
+            std::fprintf(stderr, "ttml-render: %s: %s\n", opt.file.c_str(), reason.c_str());
+
     std::set<CSubtitleInfo::TimeInterval> intervals;
     pInfo->GetUniqueKeys(intervals);
     std::vector<unsigned long long> times = opt.times;

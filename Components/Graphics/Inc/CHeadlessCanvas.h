@@ -44,6 +44,10 @@ public:
     // 0 outside the canvas.
     unsigned int GetPixel(int x, int y);
 
+    // Renders now and returns the whole frame, width x height 0xAARRGGBB
+    // (premultiplied), rows top to bottom; valid until the next render.
+    const unsigned int* RenderPixels() { return m_Render(); }
+
     // Renders now and writes the canvas as an RGBA PNG (the format follows the
     // file name's extension). False on failure.
     bool SavePng(const std::string& path);

@@ -63,6 +63,7 @@ public:
     // Canvas rectangle of the laid-out lines where it was last rendered;
     // false while not rendered on a surface. Main loop.
     bool GetTextRect(int* x, int* y, int* w, int* h) const;
+    double GetLineGap() const { return m_lineGap; }
     // The paragraph's text without markup, line breaks as "\n". Any thread.
     std::string GetPlainText() const;
     // Layers drawn for the current style (tests look at the edge count).

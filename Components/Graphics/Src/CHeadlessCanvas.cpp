@@ -135,7 +135,8 @@ bool CHeadlessCanvas::SavePng(const std::string& path)
     evas_object_image_alpha_set(pImage, EINA_TRUE);
     evas_object_image_size_set(pImage, m_width, m_height);
     evas_object_image_data_copy_set(pImage, const_cast<unsigned int*>(pPixels));
-    bool saved = evas_object_image_save(pImage, path.c_str(), nullptr, nullptr);
+    // Light compression: these pictures are looked at, not archived.
+    bool saved = evas_object_image_save(pImage, path.c_str(), nullptr, "compress=2");
     evas_object_del(pImage);
     if (!saved)
         TTML_WARN("Cannot write %s", path.c_str());

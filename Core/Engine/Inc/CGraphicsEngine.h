@@ -24,7 +24,8 @@ class IMutex;
 // the main loop and are serialised by the mutex (with them the shared
 // region surfaces); RenderText and IsFlashingEnabled run on the main loop
 // and take no lock; CreateRootSurface runs on the engine thread before
-// any renderer of its document is made.
+// any renderer of its document is made, and takes the mutex because the
+// main loop may be rebuilding a renderer meanwhile.
 class CGraphicsEngine {
 public:
     // pGraphics: the controller's graphics object, not owned. With null no

@@ -70,6 +70,10 @@ public:
 
     // The monospaced font factor table, by family and flag (for tests).
     static void GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors);
+    // The caption menu's edge type (outline.type 1..5) on an outline: offsets
+    // in pixels of fontSize, thickness fontSize / 10 for type 3; a type
+    // above 5 becomes 0 (no edge).
+    static void ApplyEdgeType(double fontSize, TextOutline& outline);
     // The caption-menu opacity table applied to a colour (for tests).
     static void ApplyMenuOpacity(int value, TTMLColor& colour);
 

@@ -66,6 +66,8 @@ void CGraphicsEngine::CreateRootSurface(const std::string& cellResolution, const
     int extentW = -1;
     int extentH = -1;
     ReadPair(extent, extentW, extentH);
+    // The main loop may be building a renderer (a redraw) from the geometry.
+    TTML::Lock lock(m_pMutex);
     pRoot->SetRootInfo(extentW, extentH, aspectW, aspectH);
     pRoot->GetGeometry(&m_rootRect.x, &m_rootRect.y, &m_rootRect.w, &m_rootRect.h);
     // Integer divisions, as the cell grid is whole pixels; 0 rows or columns

@@ -726,27 +726,33 @@ void CRenderer::m_SetTextOutline(const CElementSPTR& element, const Size& cellSi
     const std::string textOutline = Attr(element, ATTR_TEXTOUTLINE);
     if (textOutline.empty() && outline.type == 0)
         return;
-    if (outline.type > 5)
-        outline.type = 0;
-    if (outline.type >= 1) {
-        outline.offsetX = kEdgeTypes[outline.type - 1].offsetX;
-        outline.offsetY = kEdgeTypes[outline.type - 1].offsetY;
-    }
     double fs = 0;
     ConvertLengthType(Attr(element, ATTR_FONTSIZE), cellSize.second, cellSize.second, fs);
-    if (outline.type == 0) {
-        ConvertOutlineAtrributes(textOutline, cellSize, fs, outline);
-        outline.type = 6;
-        outline.offsetX = outline.offsetX * fs / 100;
-        outline.offsetY = outline.offsetY * fs / 100;
-        if (outline.thickness > fs / 10)
-            outline.thickness = fs / 10;
+    if (outline.type > 5)
+        outline.type = 0;
+    if (outline.type != 0) {
+        ApplyEdgeType(fs, outline);
         return;
     }
+    ConvertOutlineAtrributes(textOutline, cellSize, fs, outline);
+    outline.type = 6;
     outline.offsetX = outline.offsetX * fs / 100;
     outline.offsetY = outline.offsetY * fs / 100;
-    if (kEdgeTypes[outline.type - 1].thicknessFromFont)
+    if (outline.thickness > fs / 10)
         outline.thickness = fs / 10;
+}
+
+void CRenderer::ApplyEdgeType(double fontSize, TextOutline& outline)
+{
+    if (outline.type < 1 || outline.type > 5) {
+        outline.type = 0;
+        return;
+    }
+    const EdgeType& edge = kEdgeTypes[outline.type - 1];
+    outline.offsetX = edge.offsetX * fontSize / 100;
+    outline.offsetY = edge.offsetY * fontSize / 100;
+    if (edge.thicknessFromFont)
+        outline.thickness = fontSize / 10;
 }
 
 void CRenderer::m_SetParaBGColor(const CElementSPTR& element, ITextContext* pContext)

@@ -1,0 +1,183 @@
+#ifndef INTERTITLE_TESTS_RENDER_RENDERFIXTURE_H
+#define INTERTITLE_TESTS_RENDER_RENDERFIXTURE_H
+
+#include "../Graphics/MainLoopFixture.h"
+
+#include "CGraphicsEngine.h"
+#include "CParser.h"
+#include "CRenderer.h"
+#include "CSubSampleBuilder.h"
+#include "CSubtitleInfo.h"
+#include "CTTMLMenu.h"
+#include "CTextContext.h"
+#include "CTextSurface.h"
+#include "SubRawData.h"
+
+#include <list>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+// Documents parsed through the parser's own path and drawn through a
+// graphics engine on the 1920x1080 headless canvas, as the engine draws an
+// interval; the caption menu record is reset after each test.
+class RenderTest : public MainLoopTest {
+public:
+    void SetUp() override
+    {
+        MainLoopTest::SetUp();
+        m_pEngine.reset(new TTML::CGraphicsEngine(m_pGraphics));
+    }
+
+    void TearDown() override
+    {
+        for (TTML::CRenderer* pRenderer : m_renderers)
+            m_pEngine->DestroyRenderer(pRenderer);
+        m_renderers.clear();
+        m_pEngine.reset();
+        m_documents.clear();
+        TTML::CTTMLMenu::Destroy();
+        MainLoopTest::TearDown();
+    }
+
+    // Null (and a test failure) when refused. files: images packed as a
+    // source sends them; profile as the transport says (-1: from the document).
+    TTML::CSubtitleInfo* Parse(const std::string& xml, int profile = -1, const std::vector<std::string>& files = {},
+                               bool mustAccept = true)
+    {
+        TTML::CSubtitleInfo* pInfo = nullptr;
+        TTML::CParser parser;
+        parser.Initialize(1, &Parsed_Cb, &pInfo);
+        auto* pRecord = new TTML::SubRawData();
+        pRecord->profile = profile;
+        pRecord->xmlData = xml;
+        if (!files.empty())
+            TTML::CSubSampleBuilder::BuildFromFiles(files, pRecord->subSampleData);
+        parser.ProcessRecord(pRecord, nullptr);
+        parser.Destroy();
+        EXPECT_TRUE(pInfo || !mustAccept) << "refused:\n" << xml;
+        if (pInfo) {
+            m_documents.emplace_back(pInfo);
+            m_pEngine->CreateRootSurface(pInfo->GetCellResolution(), pInfo->GetTTExtent(), pInfo->GetAspectRatio());
+        }
+        return pInfo;
+    }
+
+    // Elements of the interval holding timeMs (empty when none does).
+    static std::list<TTML::CElementSPTR> At(const TTML::CSubtitleInfo* pInfo, unsigned long long timeMs)
+    {
+        std::list<TTML::CElementSPTR> elements;
+        std::set<TTML::CSubtitleInfo::TimeInterval> keys;
+        if (pInfo)
+            pInfo->GetUniqueKeys(keys);
+        for (const auto& key : keys)
+            if (key.first <= timeMs && timeMs < key.second) {
+                pInfo->GetElementListForInterval(key, elements);
+                break;
+            }
+        return elements;
+    }
+
+    // A renderer for the elements, destroyed at the end of the test.
+    TTML::CRenderer* Make(const std::list<TTML::CElementSPTR>& elements, bool fontScale = false)
+    {
+        m_lists.push_back(elements);
+        TTML::CRenderer* pRenderer = m_pEngine->CreateRenderer(&m_lists.back(), fontScale);
+        m_renderers.push_back(pRenderer);
+        return pRenderer;
+    }
+
+    // Renders the document at timeMs; null when nothing is shown then.
+    TTML::CRenderer* Draw(const TTML::CSubtitleInfo* pInfo, unsigned long long timeMs)
+    {
+        std::list<TTML::CElementSPTR> elements = At(pInfo, timeMs);
+        if (elements.empty())
+            return nullptr;
+        TTML::CRenderer* pRenderer = Make(elements);
+        EXPECT_EQ(1, m_pEngine->RenderText(pRenderer));
+        return pRenderer;
+    }
+
+    void Destroy(TTML::CRenderer* pRenderer)
+    {
+        m_renderers.remove(pRenderer);
+        m_pEngine->DestroyRenderer(pRenderer);
+    }
+
+    static std::list<TTML::CRenderer::RegionView> Regions(const TTML::CRenderer* pRenderer)
+    {
+        std::list<TTML::CRenderer::RegionView> regions;
+        pRenderer->GetRegions(regions);
+        return regions;
+    }
+
+    static TTML::CTextContext* Paragraph(const TTML::CRenderer::RegionView& region, std::size_t index)
+    {
+        auto it = region.contexts.begin();
+        std::advance(it, std::min(index, region.contexts.size()));
+        return it == region.contexts.end()
+                   ? nullptr
+                   : dynamic_cast<TTML::CTextContext*>(static_cast<TTML::ITextContext*>(*it));
+    }
+
+    struct Box {
+        int x0 = 1 << 30, y0 = 1 << 30, x1 = -1, y1 = -1;  // inclusive; empty when x1 < x0
+        int count = 0;
+        bool Empty() const { return count == 0; }
+    };
+
+    // Pixels of the canvas for which match(argb) holds, in (x, y, w, h).
+    template <typename F>
+    Box Find(F match, int x = 0, int y = 0, int w = 1920, int h = 1080)
+    {
+        const unsigned int* pPixels = m_canvas.RenderPixels();
+        Box box;
+        for (int j = std::max(0, y); j < std::min(1080, y + h); ++j)
+            for (int i = std::max(0, x); i < std::min(1920, x + w); ++i)
+                if (match(pPixels[static_cast<std::size_t>(j) * 1920 + static_cast<std::size_t>(i)])) {
+                    box.x0 = std::min(box.x0, i);
+                    box.y0 = std::min(box.y0, j);
+                    box.x1 = std::max(box.x1, i);
+                    box.y1 = std::max(box.y1, j);
+                    ++box.count;
+                }
+        return box;
+    }
+
+    Box FindColour(unsigned int argb, int x = 0, int y = 0, int w = 1920, int h = 1080)
+    {
+        return Find([argb](unsigned int p) { return p == argb; }, x, y, w, h);
+    }
+
+    std::unique_ptr<TTML::CGraphicsEngine> m_pEngine;
+
+private:
+    static void Parsed_Cb(int msgId, void* data)
+    {
+        if (msgId == 0 && data) {
+            auto* pData = static_cast<TTML::ParserCallbackData*>(data);
+            *static_cast<TTML::CSubtitleInfo**>(pData->pUserData) = pData->pSubtitleInfo;
+        }
+    }
+
+    std::list<std::unique_ptr<TTML::CSubtitleInfo>> m_documents;
+    std::list<std::list<TTML::CElementSPTR>> m_lists;
+    std::list<TTML::CRenderer*> m_renderers;
+};
+
+// An EBU-TT-D document: cellResolution "32 15" (a 72-pixel cell on the
+// canvas), styles and regions in the head, body content as given.
+inline std::string Ebu(const std::string& styles, const std::string& regions, const std::string& body)
+{
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\""
+           " xmlns:ebutts=\"urn:ebu:tt:style\" ttp:timeBase=\"media\" ttp:cellResolution=\"32 15\" xml:lang=\"en\">"
+           "<head><metadata><ebuttm:documentMetadata><ebuttm:conformsToStandard>"
+           "urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard></ebuttm:documentMetadata></metadata>"
+           "<styling>" + styles + "</styling><layout>" + regions + "</layout></head><body>" + body +
+           "</body></tt>";
+}
+
+#endif
