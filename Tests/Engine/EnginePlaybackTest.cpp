@@ -7,6 +7,7 @@
 #include "CMainThreadUtils.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
+#include "CaptionDivisionDriver.h"
 #include "LogCapture.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
@@ -125,7 +126,9 @@ TEST_F(EnginePlayback, MenuChangeOffTheMainLoopDoesNotWaitForIt)
 
     bool joined = false;
     auto step = [&] {
-        std::packaged_task<void()> notify([] { CTTMLMenu::GetInstance()->NotifyMenuChange(); });
+        AllowCaptionDivision();
+        // As the controller's show does: the division changes on the source's thread.
+        std::packaged_task<void()> notify([] { ToggleCaptionDivision(); });
         std::future<void> done = notify.get_future();
         std::thread source(std::move(notify));
         // A deadlock guard, not a time limit: a waiting listener never returns.
