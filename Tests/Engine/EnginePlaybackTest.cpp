@@ -121,12 +121,13 @@ private:
 TEST_F(EnginePlayback, MenuChangeOffTheMainLoopDoesNotWaitForIt)
 {
     LogCapture log;
-    AllowCaptionDivision();
     m_pEngine->AddToQueue(MakeDocument(m_ledger, {{60000, 70000}}));
     ASSERT_TRUE(RunUntil([&] { return log.HasContaining("synched timer for time=[60000]"); }));
 
     bool joined = false;
     auto step = [&] {
+        AllowCaptionDivision();
+        // As the controller's show does: the division changes on the source's thread.
         std::packaged_task<void()> notify([] { ToggleCaptionDivision(); });
         std::future<void> done = notify.get_future();
         std::thread source(std::move(notify));
