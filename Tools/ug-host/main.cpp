@@ -365,7 +365,8 @@ void CollectTexts(Evas_Object* pObj, std::set<Evas_Object*>& seen, std::vector<s
     }
     for (std::string::size_type at; (at = text.find('\n')) != std::string::npos;)
         text.replace(at, 1, " / ");
-    if (!text.empty())
+    // A paragraph may be drawn by more than one text object (its edge effect).
+    if (!text.empty() && std::find(out.begin(), out.end(), text) == out.end())
         out.push_back(text);
     // Only groups have members; Evas complains when asked about the others.
     static const char* const kPlain[] = {"rectangle", "image", "text", "textblock", "line", "polygon", "textgrid"};
@@ -794,8 +795,8 @@ int Host::Run()
         m_WriteContactSheet();
         std::printf("frames: %s (%zu changes, timeline.json)\n", m_opt.frames.c_str(), m_changes.size());
     }
-    if (m_pModule)
-        dlclose(m_pModule);
+    // The module stays loaded, as the framework keeps it: its graphics register
+    // an Evas class once per process, which must outlive the module's code.
     return status;
 }
 
