@@ -18,7 +18,7 @@ endforeach()
 install(FILES ${CMAKE_SOURCE_DIR}/Platform/dlog/include/dlog.h ${CMAKE_SOURCE_DIR}/ug/Inc/UgTTMLModule.h
         DESTINATION ${_ttml_includedir})
 
-foreach(t ttml-dump ttml-timing ug-host)
+foreach(t ttml-dump ttml-timing ttml-render ug-host)
   if(TARGET ${t})
     set_target_properties(${t} PROPERTIES INSTALL_RPATH "$ORIGIN/${_libdir_from_bin}")
     install(TARGETS ${t} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})

@@ -12,8 +12,10 @@
 // A command is "MS:NAME" on the command line or "MS NAME" on a line of the
 // script file ('#' starts a comment); MS is host time after start. NAME is
 // show, hide, enable, disable (gadget messages), pause, resume (lifecycle
-// calls), event:N ("event N" in a file), or destroy. The run ends when the
-// feed is over, at --until MS, or after destroy.
+// calls), event:N ("event N" in a file), destroy, or set:KEY=VALUE ("set KEY
+// VALUE" in a file), which writes a configuration key (vconf) as the TV's
+// menu would: the module sees the change through the shared key store. The
+// run ends when the feed is over, at --until MS, or after destroy.
 //
 // --feed sets the variables the sources read (INTERTITLE_FEED and the
 // DVB, ATSC and broadband ones). The host reads the same feed to know the
@@ -43,6 +45,7 @@
 #include <Evas.h>
 #include <app_control.h>
 #include <dlfcn.h>
+#include <vconf.h>
 #include <dlog.h>
 #include <sys/stat.h>
 #include <ui-gadget-module.h>
@@ -73,6 +76,8 @@ struct Command {
     long long at = 0;  // host ms after start
     std::string name;
     int arg = 0;       // event number
+    std::string key;   // set
+    int value = 0;
 };
 
 struct Options {
@@ -98,15 +103,27 @@ bool ParseCommand(const std::string& at, const std::string& name, const std::str
     long long ms = std::strtoll(at.c_str(), &rest, 10);
     if (at.empty() || *rest || ms < 0)
         return false;
-    static const char* const kNames[] = {"show", "hide", "enable", "disable", "pause", "resume", "event", "destroy"};
+    static const char* const kNames[] = {"show",   "hide",  "enable",  "disable", "pause",
+                                         "resume", "event", "destroy", "set"};
     bool known = false;
     for (const char* n : kNames)
         known = known || name == n;
-    if (!known || (name == "event") == arg.empty())
+    const bool takesArg = name == "event" || name == "set";
+    if (!known || takesArg == arg.empty())
         return false;
     out.at = ms;
     out.name = name;
-    if (!arg.empty()) {
+    if (name == "set") {
+        std::string::size_type eq = arg.find('=');
+        if (eq == std::string::npos || eq == 0)
+            return false;
+        out.key = arg.substr(0, eq);
+        std::string v = arg.substr(eq + 1);
+        long n = std::strtol(v.c_str(), &rest, 10);
+        if (v.empty() || *rest || n < INT_MIN || n > INT_MAX)
+            return false;
+        out.value = static_cast<int>(n);
+    } else if (!arg.empty()) {
         long n = std::strtol(arg.c_str(), &rest, 10);
         if (*rest || n < 0 || n > INT_MAX)
             return false;
@@ -142,7 +159,12 @@ bool LoadScript(const std::string& path, std::vector<Command>& commands)
         std::string at, name, arg, extra;
         if (!(ss >> at))
             continue;
-        ss >> name >> arg >> extra;
+        ss >> name >> arg;
+        if (name == "set" && ss >> extra) {
+            arg += "=" + extra;
+            extra.clear();
+        }
+        ss >> extra;
         Command c;
         if (!extra.empty() || !ParseCommand(at, name, arg, c)) {
             std::fprintf(stderr, "ug-host: %s:%d: not a command: %s\n", path.c_str(), lineNo, line.c_str());
@@ -157,8 +179,8 @@ int Usage()
 {
     std::fprintf(stderr,
                  "usage: ug-host [--module PATH] [--feed FILE] [--broadband-only] [--window] [--frames DIR]\n"
-                 "               [--until MS] [--script FILE] [MS:show|hide|enable|disable|pause|resume|destroy|"
-                 "event:N ...]\n");
+                 "               [--until MS] [--script FILE]\n"
+                 "               [MS:show|hide|enable|disable|pause|resume|destroy|event:N|set:KEY=VALUE ...]\n");
     return 2;
 }
 
@@ -365,7 +387,8 @@ void CollectTexts(Evas_Object* pObj, std::set<Evas_Object*>& seen, std::vector<s
     }
     for (std::string::size_type at; (at = text.find('\n')) != std::string::npos;)
         text.replace(at, 1, " / ");
-    if (!text.empty())
+    // A paragraph may be drawn by more than one text object (its edge effect).
+    if (!text.empty() && std::find(out.begin(), out.end(), text) == out.end())
         out.push_back(text);
     // Only groups have members; Evas complains when asked about the others.
     static const char* const kPlain[] = {"rectangle", "image", "text", "textblock", "line", "polygon", "textgrid"};
@@ -414,6 +437,7 @@ struct Change {
     long long wall = 0;   // host ms after start
     bool hasLate = false;
     long long late = 0;   // ms after the nearest change time of the documents
+    std::string cause;    // the command that made the change, when one came closer than any change time
     std::vector<std::string> drawn;
     std::vector<std::string> removed;
     std::string frame;    // file name in the frames folder, empty without one
@@ -465,6 +489,8 @@ private:
     Ecore_Timer* m_pCommandTimer = nullptr;
     Ecore_Job* m_pCheckJob = nullptr;
     long long m_renderWall = 0;
+    std::string m_lastCommand;
+    long long m_lastCommandWall = 0;
     unsigned long long m_lastHash = 0;
     bool m_haveHash = false;
     std::vector<std::string> m_shown;
@@ -523,9 +549,13 @@ void Host::m_Destroy()
 void Host::m_Send(const Command& c)
 {
     long long now = NowMs();
+    m_lastCommand = c.name;
+    m_lastCommandWall = now;
     std::printf("%7lld ms  command %s", now - m_t0, c.name.c_str());
     if (c.name == "event")
         std::printf(" %d", c.arg);
+    if (c.name == "set")
+        std::printf(" %s %d", c.key.c_str(), c.value);
     std::printf("\n");
     if (c.name == "pause" && m_ops.pause) {
         m_ops.pause(&m_ug, nullptr, m_ops.priv);
@@ -535,6 +565,13 @@ void Host::m_Send(const Command& c)
         m_ops.event(&m_ug, static_cast<ug_event>(c.arg), nullptr, m_ops.priv);
     } else if (c.name == "destroy") {
         m_Destroy();
+    } else if (c.name == "set") {
+        // Bool keys are written as bools, everything else as ints.
+        int current = 0;
+        bool isBool = vconf_get_int(c.key.c_str(), &current) != 0 && vconf_get_bool(c.key.c_str(), &current) == 0;
+        int rc = isBool ? vconf_set_bool(c.key.c_str(), c.value) : vconf_set_int(c.key.c_str(), c.value);
+        if (rc != 0)
+            std::printf("         cannot set %s\n", c.key.c_str());
     } else {
         m_Message(c.name.c_str());
         // A view made now starts its source, and with it the media clock.
@@ -628,6 +665,12 @@ void Host::m_CheckCanvas(long long wall)
         c.hasLate = true;
         c.late = c.media - best;
     }
+    // A gadget command (hide, show, a rebuilt view, a setting) changes the
+    // picture off the documents' times.
+    if (!m_lastCommand.empty() && (!c.hasLate || std::llabs(c.late) > wall - m_lastCommandWall)) {
+        c.hasLate = false;
+        c.cause = m_lastCommand;
+    }
     std::vector<std::string> texts;
     std::set<Evas_Object*> seen;
     Eina_List* objects = evas_objects_in_rectangle_get(m_canvas.GetEvas(), 0, 0, kWidth, kHeight, EINA_TRUE,
@@ -663,7 +706,8 @@ void Host::m_CheckCanvas(long long wall)
     }
 
     std::string media = c.hasMedia ? std::to_string(c.media) + " ms" : "-";
-    std::string late = c.hasLate ? (c.late >= 0 ? "+" : "") + std::to_string(c.late) + " ms" : "-";
+    std::string late = c.hasLate ? (c.late >= 0 ? "+" : "") + std::to_string(c.late) + " ms"
+                                 : c.cause.empty() ? "-" : "by " + c.cause;
     std::printf("%7lld ms  media %10s  late %8s", c.wall, media.c_str(), late.c_str());
     for (const auto& t : c.drawn)
         std::printf("  drawn \"%s\"", t.c_str());
@@ -685,7 +729,8 @@ void Host::m_WriteTimeline()
     for (size_t i = 0; i < m_changes.size(); ++i) {
         const Change& c = m_changes[i];
         out << "  {\"media\":" << (c.hasMedia ? std::to_string(c.media) : "null") << ",\"wall\":" << c.wall
-            << ",\"late\":" << (c.hasLate ? std::to_string(c.late) : "null") << ",\"drawn\":" << JsonList(c.drawn)
+            << ",\"late\":" << (c.hasLate ? std::to_string(c.late) : "null")
+            << ",\"cause\":" << (c.cause.empty() ? "null" : JsonString(c.cause)) << ",\"drawn\":" << JsonList(c.drawn)
             << ",\"removed\":" << JsonList(c.removed) << ",\"frame\":" << JsonString(c.frame) << "}"
             << (i + 1 < m_changes.size() ? "," : "") << "\n";
     }
@@ -772,6 +817,8 @@ int Host::Run()
         m_ops.start(&m_ug, ac, m_ops.priv);
         app_control_destroy(ac);
         m_t0 = NowMs();
+        m_lastCommand = "start";
+        m_lastCommandWall = m_t0;
         if (!m_opt.broadbandOnly)
             m_replica.Restart(m_t0);
         std::printf("   host      media            late\n");
@@ -794,8 +841,8 @@ int Host::Run()
         m_WriteContactSheet();
         std::printf("frames: %s (%zu changes, timeline.json)\n", m_opt.frames.c_str(), m_changes.size());
     }
-    if (m_pModule)
-        dlclose(m_pModule);
+    // The module stays loaded, as the framework keeps it: its graphics register
+    // an Evas class once per process, which must outlive the module's code.
     return status;
 }
 

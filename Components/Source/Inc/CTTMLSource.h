@@ -34,7 +34,8 @@ class CTTMLSource : public ITTMLSource, public ITTMLSourceControl {
 public:
     // A source with nothing to play until SetFeed or LoadFeed.
     CTTMLSource();
-    // Calls the teardown of Destroy, with a warning, when Destroy was not called.
+    // Calls the teardown of Destroy, with a warning, when Destroy was not called
+    // (without message 5: whoever registered may be gone already).
     virtual ~CTTMLSource();
 
     // ITTMLSource
@@ -80,7 +81,8 @@ private:
     void m_ApplyLocked(const SourceFeedItem& item);
     void m_Deliver(int msgId, const SourceFeedItem* item);
     void m_StopThread();
-    void m_Teardown();
+    // bNotify: message 5 goes to the registered callback first.
+    void m_Teardown(bool bNotify);
     bool m_Enqueue(int msgId, const char* what);
     bool m_OnSourceThread() const;
 

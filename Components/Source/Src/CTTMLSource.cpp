@@ -39,7 +39,7 @@ CTTMLSource::~CTTMLSource()
 {
     if (!m_tornDown) {
         TTML_WARN("Destroy was not called");
-        m_Teardown();
+        m_Teardown(false);
     }
 }
 
@@ -256,7 +256,7 @@ void CTTMLSource::Deinitialize()
     m_feed.Clear();
 }
 
-void CTTMLSource::m_Teardown()
+void CTTMLSource::m_Teardown(bool bNotify)
 {
     {
         std::lock_guard<std::mutex> control(m_controlLock);
@@ -267,7 +267,7 @@ void CTTMLSource::m_Teardown()
     std::lock_guard<std::mutex> lock(m_deliveryLock);
     // The listener hears that the source goes away, so it stops using it. It
     // runs as a delivery: its UnregisterCallback takes the in-callback path.
-    if (m_callback) {
+    if (bNotify && m_callback) {
         const CTTMLSource* pOuter = tCurrentSource;
         tCurrentSource = this;
         TTML_INFO("Sending %s (%d)", MessageName(TTML_SOURCE_MSG_INVALIDATE), TTML_SOURCE_MSG_INVALIDATE);
@@ -284,7 +284,7 @@ void CTTMLSource::Destroy()
         TTML_ERROR("Destroy from a source callback refused");
         return;
     }
-    m_Teardown();
+    m_Teardown(true);
     delete this;
 }
 
