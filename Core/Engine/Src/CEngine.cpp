@@ -318,8 +318,13 @@ void CEngine::m_ProcessQueue(void* pData)
         m_DropDocument(pSubtitleInfo);
         return;
     }
-    m_pGraphicsEngine->CreateRootSurface(pSubtitleInfo->GetCellResolution(), pSubtitleInfo->GetTTExtent(),
-                                         pSubtitleInfo->GetAspectRatio());
+    {
+        // The main loop rebuilds renderers (menu change, merged record) under
+        // the rendering mutex, reading the root geometry set here.
+        TTML::Lock lock(m_pRenderingMutex);
+        m_pGraphicsEngine->CreateRootSurface(pSubtitleInfo->GetCellResolution(), pSubtitleInfo->GetTTExtent(),
+                                             pSubtitleInfo->GetAspectRatio());
+    }
     TTML_INFO("timeBase=%s", pSubtitleInfo->GetTimeBase().c_str());
 
     std::set<CSubtitleInfo::TimeInterval> keys;
