@@ -27,19 +27,6 @@
 #include <utility>
 #include <vector>
 
-namespace TTML {
-
-// Reaches the engine's request table, which has no public door.
-class EngineTestPeer {
-public:
-    static int Call(CEngine& engine, int msgId, bool sync)
-    {
-        return engine.m_DoMainLoopThreadSafeCall(nullptr, msgId, sync);
-    }
-};
-
-}  // namespace TTML
-
 using namespace TTML;
 
 namespace {
@@ -64,6 +51,43 @@ CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spa
     pInfo->SplitSubtitleInfoData();
     return pInfo;
 }
+
+// Also stamps each draw and removal with the media time it happened at.
+class MediaRecorder : public DrawRecorder {
+public:
+    explicit MediaRecorder(const CMediaClock* pClock) : m_pClock(pClock) {}
+
+    void OnDrawEvent(Kind kind, const void* object, const std::string& text) override
+    {
+        long long now = -1;
+        m_pClock->Now(now);
+        {
+            std::lock_guard<std::mutex> guard(m_lock);
+            if (kind == REGION_SHOWN || kind == PARAGRAPH_GONE)
+                m_timed.emplace_back((kind == REGION_SHOWN ? "D" : "R") + text, now);
+        }
+        DrawRecorder::OnDrawEvent(kind, object, text);
+    }
+
+    // Trace() with the media time of each entry.
+    std::vector<std::pair<std::string, long long>> Timed() const
+    {
+        std::lock_guard<std::mutex> guard(m_lock);
+        return m_timed;
+    }
+
+private:
+    const CMediaClock* m_pClock;
+    mutable std::mutex m_lock;
+    std::vector<std::pair<std::string, long long>> m_timed;
+};
+
+// Tests that judge media times run with the resynchronising mode: a timer may
+// expire a little before its media time (Ecore counts from the start of the
+// loop iteration that armed it), and that mode re-arms any expiry more than
+// this many ms early.
+const int kResyncMode = 64;
+const long long kEarlyMs = 10;
 
 class EngineLoop : public MainLoopTest {
 public:
@@ -126,17 +150,20 @@ public:
     // "D<begin>" drawn, "R<begin>" removed (renderer destroyed), in order.
     std::vector<std::string> Trace() { return m_drawn.Trace(); }
 
-    // Wall-clock ms since Init of each event of a kind.
-    std::vector<long long> Times(IDrawObserver::Kind kind)
+    // Media times of the trace entries starting with `kind` ('D' or 'R').
+    std::vector<long long> MediaTimes(char kind)
     {
-        return m_drawn.Times(kind, std::chrono::duration_cast<std::chrono::nanoseconds>(m_start.time_since_epoch()).count());
+        std::vector<long long> times;
+        for (const auto& entry : m_drawn.Timed())
+            if (entry.first[0] == kind)
+                times.push_back(entry.second);
+        return times;
     }
 
     CEngine* m_pEngine = nullptr;
     CMediaClock m_clock;
-    std::chrono::steady_clock::time_point m_start;
     DocumentLedger m_ledger;
-    DrawRecorder m_drawn;
+    MediaRecorder m_drawn{&m_clock};
 
 private:
     struct Scheduled {
@@ -148,10 +175,8 @@ private:
     static Eina_Bool Poll_Cb(void* data)
     {
         EngineLoop* pSelf = static_cast<EngineLoop*>(data);
-        if (pSelf->m_clock.IsStopped()) {
+        if (pSelf->m_clock.IsStopped())
             pSelf->m_clock.Start();
-            pSelf->m_start = std::chrono::steady_clock::now();
-        }
         const long long now = pSelf->MediaNow();
         for (Scheduled& s : pSelf->m_scheduled) {
             if (!s.done && now >= s.atMs) {
@@ -180,7 +205,9 @@ struct QueuedDocument {
 struct PlayCase {
     const char* name;
     std::vector<QueuedDocument> documents;
-    std::vector<std::string> trace;    // expected draws and removals, in order
+    // Expected draws and removals in order, each with the media time before
+    // which it must not happen ("D100@100": 100 drawn, not before 100 ms).
+    std::vector<std::string> trace;
     std::vector<const char*> logs;     // messages that must appear
 };
 
@@ -195,12 +222,19 @@ TEST_P(Play, DrawsAndRemovesInOrder)
 {
     const PlayCase& c = GetParam();
     LogCapture log;
-    Init();
+    Init(kResyncMode);
     for (const QueuedDocument& d : c.documents) {
         At(d.atMs, [this, &d] { ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, d.spans))); });
     }
     ASSERT_TRUE(RunUntil([&] { return Trace().size() >= c.trace.size(); }));
-    EXPECT_EQ(c.trace, Trace()) << log.Dump();
+    std::vector<std::pair<std::string, long long>> timed = m_drawn.Timed();
+    ASSERT_EQ(c.trace.size(), timed.size()) << log.Dump();
+    for (std::size_t i = 0; i < timed.size(); ++i) {
+        const std::string& expected = c.trace[i];
+        const std::size_t at = expected.find('@');
+        EXPECT_EQ(expected.substr(0, at), timed[i].first) << i;
+        EXPECT_GE(timed[i].second, std::stoll(expected.substr(at + 1)) - kEarlyMs) << expected;
+    }
     for (const char* message : c.logs)
         EXPECT_TRUE(log.Has(message)) << message;
     EXPECT_EQ(0, m_drawn.Live());
@@ -213,47 +247,51 @@ INSTANTIATE_TEST_SUITE_P(
         // One expiry removes one and draws the next.
         PlayCase{"BackToBack",
                  {{0, {{100, 200}, {200, 300}, {300, 400}}}},
-                 {"D100", "R100", "D200", "R200", "D300", "R300"},
+                 {"D100@100", "R100@200", "D200@200", "R200@300", "D300@300", "R300@400"},
                  {}},
         // The second document starts inside the first: the first ends there.
         PlayCase{"OverlappingDocuments",
                  {{0, {{100, 500}}}, {150, {{250, 350}}}},
-                 {"D100", "R100", "D250", "R250"},
+                 {"D100@100", "R100@250", "D250@250", "R250@350"},
                  {"Restricting previous subtitle endTime(500) till the beginTime(250) of new."}},
         // A later document is filed from the engine thread; the armed timer reaches it.
         PlayCase{"LaterDocument",
                  {{0, {{100, 250}}}, {150, {{300, 380}}}},
-                 {"D100", "R100", "D300", "R300"},
+                 {"D100@100", "R100@250", "D300@300", "R300@380"},
                  {"Data added through worker thread!"}},
         // Queued at 200 ms: the first interval is over, the second is shown at once.
         PlayCase{"LateIntervals",
                  {{200, {{20, 80}, {120, 300}, {350, 420}}}},
-                 {"R20", "D120", "R120", "D350", "R350"},
+                 {"R20@200", "D120@200", "R120@300", "D350@350", "R350@420"},
                  {"Current time is greater than the end time of subtitle; returning!!!"}}),
     [](const ::testing::TestParamInfo<PlayCase>& info) { return std::string(info.param.name); });
 
+// The later paragraph comes first in the document: the media clock decides.
 TEST_F(EngineLoop, RemovalFollowsTheMediaClockNotTheDocumentOrder)
 {
-    Init();
-    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{100, 250}, {400, 500}})); });
+    Init(kResyncMode);
+    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{400, 500}, {100, 250}})); });
     ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 4; }));
-    std::vector<long long> drawn = Times(IDrawObserver::REGION_SHOWN);
+    EXPECT_EQ((std::vector<std::string>{"D100", "R100", "D400", "R400"}), Trace());
+    std::vector<long long> drawn = MediaTimes('D'), removed = MediaTimes('R');
     ASSERT_EQ(2u, drawn.size());
-    // Generous upper bounds: the machine is shared.
-    EXPECT_GE(drawn[0], 95);
-    EXPECT_LT(drawn[0], 200);
-    EXPECT_GE(drawn[1], 395);
-    EXPECT_LT(drawn[1], 500);
+    ASSERT_EQ(2u, removed.size());
+    EXPECT_GE(drawn[0], 100 - kEarlyMs);
+    EXPECT_GE(removed[0], 250 - kEarlyMs);
+    EXPECT_GE(drawn[1], 400 - kEarlyMs);
+    EXPECT_GE(removed[1], 500 - kEarlyMs);
 }
 
 // --- Pause and seek ---------------------------------------------------------------
 
 TEST_F(EngineLoop, PauseHoldsWhatIsShownUntilResume)
 {
-    Init();
+    Init(kResyncMode);
     At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 250}})); });
     // Paused at 100 ms for 400 ms of wall time, well past the end of the interval.
-    std::function<void()> resume = [this] {
+    bool resumed = false;
+    std::function<void()> resume = [&] {
+        resumed = true;
         m_clock.Resume();
         m_pEngine->Resume();
     };
@@ -262,13 +300,17 @@ TEST_F(EngineLoop, PauseHoldsWhatIsShownUntilResume)
         m_pEngine->Pause();
         After(0.4, &resume);
     });
-    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 2; }));
+    std::size_t beforeResume = 0;
+    ASSERT_TRUE(RunUntil([&] {
+        if (!resumed)
+            beforeResume = Trace().size();
+        return Trace().size() >= 2;
+    }));
     EXPECT_EQ((std::vector<std::string>{"D50", "R50"}), Trace());
-    std::vector<long long> removed = Times(IDrawObserver::PARAGRAPH_GONE);
+    EXPECT_LE(beforeResume, 1u) << "taken off while paused";
+    std::vector<long long> removed = MediaTimes('R');
     ASSERT_EQ(1u, removed.size());
-    // 100 ms before the pause, 400 ms paused, 150 ms after: about 650.
-    EXPECT_GE(removed[0], 600);
-    EXPECT_LT(removed[0], 900);
+    EXPECT_GE(removed[0], 250 - kEarlyMs) << "media time runs only between start and pause and after resume";
 }
 
 TEST_F(EngineLoop, SeekOutOfBandReplaysFromTheIntervalHoldingThePosition)
@@ -440,16 +482,6 @@ TEST_F(EngineLoop, OnlyOneEngineIsInitialisedAtATime)
     second.Destroy();
 }
 
-TEST_F(EngineLoop, UnknownRequestIdsRunNothing)
-{
-    Init();
-    LogCapture log;
-    EXPECT_NE(0, EngineTestPeer::Call(*m_pEngine, 8, true));
-    EXPECT_NE(0, EngineTestPeer::Call(*m_pEngine, 8, false));
-    EXPECT_EQ(2, log.Count("Invalid message ID", DLOG_WARN));
-    EXPECT_EQ(0u, CMainThreadUtils::GetInstance()->GetPendingCount());
-}
-
 struct MenuCase {
     const char* name;
     std::vector<Span> spans;  // shown at the notification (at 100 ms)
@@ -487,25 +519,34 @@ INSTANTIATE_TEST_SUITE_P(Engine, MenuChange,
                                                     2}),
                          [](const ::testing::TestParamInfo<MenuCase>& info) { return std::string(info.param.name); });
 
-TEST_F(EngineLoop, FlashingRecordIsRedrawnEveryFlashInterval)
+class Flashing : public EngineLoop, public ::testing::WithParamInterface<long long> {};
+
+// Queued at the parameter's media time; [50, 1000] is late when that is past 50.
+TEST_P(Flashing, RecordIsRedrawnEveryFlashInterval)
 {
     // Blinking text from the caption settings (TearDown's menu reset undoes it).
     CTTMLMenu::GetInstance()->GetTTMLMenuData()->status = 1;
     CTTMLMenu::GetInstance()->GetTTMLMenuData()->fontOpacity = 1;
-    Init();
-    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 1000}})); });
+    Init(kResyncMode);
+    At(GetParam(), [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{50, 1000}})); });
     ASSERT_TRUE(RunUntil([&] { return m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) == 1; }));
-    std::vector<long long> drawn = Times(IDrawObserver::REGION_SHOWN);
-    std::vector<long long> removed = Times(IDrawObserver::PARAGRAPH_GONE);
-    // 50, 350, 650; at 950 less than 300 ms is left, so that is the last one.
-    ASSERT_GE(drawn.size(), 3u);
+    std::vector<long long> drawn = MediaTimes('D'), removed = MediaTimes('R');
+    // Redrawn every 300 ms while 300 ms remain: at most 50, 350, 650, 950.
+    ASSERT_GE(drawn.size(), 1u);
     EXPECT_LE(drawn.size(), 4u);
-    for (std::size_t i = 1; i < drawn.size(); ++i) {
-        EXPECT_GE(drawn[i] - drawn[i - 1], 290) << i;
-        EXPECT_LT(drawn[i] - drawn[i - 1], 450) << i;
+    EXPECT_GE(drawn[0], 50 - kEarlyMs);
+    if (drawn[0] <= 700) {
+        EXPECT_GE(drawn.size(), 2u) << "drawn once with time left to flash";
     }
+    for (std::size_t i = 1; i < drawn.size(); ++i)
+        EXPECT_GE(drawn[i] - drawn[i - 1], 300 - kEarlyMs) << i;
     ASSERT_EQ(1u, removed.size());
-    EXPECT_GE(removed[0], 990);
+    EXPECT_GE(removed[0], 1000 - kEarlyMs);
 }
+
+INSTANTIATE_TEST_SUITE_P(Engine, Flashing, ::testing::Values(0LL, 200LL),
+                         [](const ::testing::TestParamInfo<long long>& info) {
+                             return info.param == 0 ? std::string("OnTime") : std::string("Late");
+                         });
 
 }  // namespace

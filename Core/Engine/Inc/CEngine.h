@@ -62,17 +62,11 @@ public:
     // Ends the thread and frees everything; waits for the main loop.
     void Destroy();
 
-    // Tests and tools: the renderer factory, to see what was created,
-    // drawn and destroyed. Owned by the engine; null never.
-    CGraphicsEngine* GetGraphicsEngine() const { return m_pGraphicsEngine; }
     // Tests and tools: where the timer reads the media time (null: the
     // core controller). Set before documents arrive.
     void SetMediaTimeSource(CTimerManager::MediaTimeSource source, void* pUser);
 
 private:
-    // Tests reach the request table through it.
-    friend class EngineTestPeer;
-
     // One request for the main loop.
     struct MainLoopThreadSafCallData {
         int m_MsgId = -1;

@@ -41,7 +41,8 @@ std::atomic<bool> CEngine::m_bCreated{false};
 CEngine::CEngine(IGraphics* pGraphics)
     : m_pGraphics(pGraphics), m_pTimerManager(nullptr), m_pGraphicsEngine(nullptr), m_subtitleMode(1),
       m_bSeekPending(false), m_seekPosition(0), m_pSeekMutex(nullptr), m_pSubtitleInfo(nullptr),
-      m_bOutOfBand(true), m_documentsInFlight(0), m_bReplayWanted(false), m_pSubtitleInfoMutex(nullptr), m_pRenderingData(nullptr), m_pRenderingMutex(nullptr),
+      m_bOutOfBand(true), m_documentsInFlight(0), m_bReplayWanted(false), m_pSubtitleInfoMutex(nullptr),
+      m_pRenderingData(nullptr), m_pRenderingMutex(nullptr),
       m_bInitialized(false)
 {
     m_pTimerManager = new (std::nothrow) CTimerManager(pGraphics, m_OnTimer_Cb, this);
@@ -317,8 +318,13 @@ void CEngine::m_ProcessQueue(void* pData)
         m_DropDocument(pSubtitleInfo);
         return;
     }
-    m_pGraphicsEngine->CreateRootSurface(pSubtitleInfo->GetCellResolution(), pSubtitleInfo->GetTTExtent(),
-                                         pSubtitleInfo->GetAspectRatio());
+    {
+        // The main loop rebuilds renderers (menu change, merged record) under
+        // the rendering mutex, reading the root geometry set here.
+        TTML::Lock lock(m_pRenderingMutex);
+        m_pGraphicsEngine->CreateRootSurface(pSubtitleInfo->GetCellResolution(), pSubtitleInfo->GetTTExtent(),
+                                             pSubtitleInfo->GetAspectRatio());
+    }
     TTML_INFO("timeBase=%s", pSubtitleInfo->GetTimeBase().c_str());
 
     std::set<CSubtitleInfo::TimeInterval> keys;
@@ -336,7 +342,7 @@ void CEngine::m_ProcessQueue(void* pData)
                 m_bSeekPending = false;
                 // The seek position is a media time; intervals are in document
                 // time, which is media time + the document's time stamp.
-                long long docTime = m_seekPosition + pSubtitleInfo->GetTimeStamp();
+                const long long docTime = m_seekPosition + pSubtitleInfo->GetTimeStamp();
                 const unsigned long long seekTime = docTime < 0 ? 0 : static_cast<unsigned long long>(docTime);
                 // Resume from the interval holding the seek position.
                 auto at = keys.lower_bound(CSubtitleInfo::TimeInterval(seekTime, seekTime));
