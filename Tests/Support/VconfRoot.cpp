@@ -1,5 +1,7 @@
-// Every test process gets a key store of its own, so that test programs (and
-// cases ctest runs in parallel) never see each other's keys.
+// Every test gets a key store of its own, so that tests (in one process, or
+// run by ctest in parallel) never see each other's keys.
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <ftw.h>
 #include <string>
@@ -12,24 +14,41 @@ int Remove_Cb(const char* path, const struct stat*, int, struct FTW*)
     return remove(path);
 }
 
-struct VconfRoot {
-    VconfRoot()
+class VconfRoot : public ::testing::EmptyTestEventListener {
+public:
+    VconfRoot() { m_Renew(); }
+    ~VconfRoot() override { m_Remove(); }
+
+    // A fresh, empty store before each test.
+    void OnTestStart(const ::testing::TestInfo&) override { m_Renew(); }
+
+private:
+    void m_Renew()
     {
+        m_Remove();
         const char* tmp = getenv("TMPDIR");
         std::string pattern = std::string(tmp && *tmp ? tmp : "/tmp") + "/intertitle-vconf-XXXXXX";
         if (mkdtemp(&pattern[0])) {
-            dir = pattern;
-            setenv("VCONF_ROOT", dir.c_str(), 1);
+            m_dir = pattern;
+            setenv("VCONF_ROOT", m_dir.c_str(), 1);
         }
     }
-    ~VconfRoot()
+
+    void m_Remove()
     {
-        if (!dir.empty())
-            nftw(dir.c_str(), Remove_Cb, 16, FTW_DEPTH | FTW_PHYS);
+        if (!m_dir.empty())
+            nftw(m_dir.c_str(), Remove_Cb, 16, FTW_DEPTH | FTW_PHYS);
+        m_dir.clear();
     }
-    std::string dir;
+
+    std::string m_dir;
 };
 
-const VconfRoot g_root;
+// Owned by GoogleTest's listener list once appended; the first store exists
+// from static initialisation on, for code that runs before any test.
+const bool g_registered = [] {
+    ::testing::UnitTest::GetInstance()->listeners().Append(new VconfRoot());
+    return true;
+}();
 
 }  // namespace

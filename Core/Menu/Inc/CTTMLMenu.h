@@ -14,16 +14,19 @@ typedef struct _keynode_t keynode_t;
 namespace TTML {
 
 // The process-wide caption menu singleton: mirrors the viewer's caption
-// settings (vconf keys) in one record and watches them. The controller registers and
-// unregisters the key watches, forces caption division off while captions are
-// hidden, and writes the caption language; the engine registers a listener
-// for caption division changes.
+// settings (vconf keys) in one record and watches them. The controller
+// registers and unregisters the key watches, forces caption division off while
+// captions are hidden, and writes the caption language; the engine registers a
+// listener for caption division changes; the renderer reads the record.
 //
 // Threads: GetInstance and the listener map take no lock (the singleton is
 // made on the main loop before any source message can arrive); every other
 // operation may be called from the source thread. Key callbacks run on the
 // main loop. Division decisions are serialised by one lock, never held while
 // listeners run; listeners run on the thread that changed the division.
+// The record is written under that lock by the key callbacks (main loop) and
+// ReadMenuData (the controller's thread, when the source asks, normally
+// before anything is drawn); the renderer reads it on the main loop unlocked.
 class CTTMLMenu : public CCaptionDivision {
 public:
     typedef void (*MenuChangeCallback)(void* pUserData);
