@@ -15,6 +15,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -169,6 +170,7 @@ struct SourceCase {
     const char* dtvType;  // SYSTEM_INFO_KEY_333, null: the default
     const char* feedLine; // the source's own line; null: no source
     const char* warning;  // null: none expected
+    const char* file = nullptr;  // SYSTEM_INFO_FILE contents, null: no file
 };
 
 class UgSourceChoice : public UgTest, public ::testing::WithParamInterface<SourceCase> {};
@@ -180,7 +182,13 @@ TEST_P(UgSourceChoice, FollowsTheSetsCapabilities)
         setenv("SYSTEM_INFO_KEY_604", c.atsc3, 1);
     if (c.dtvType)
         setenv("SYSTEM_INFO_KEY_333", c.dtvType, 1);
+    const std::string file = ::testing::TempDir() + "system-info";
+    if (c.file) {
+        std::ofstream(file) << c.file;
+        setenv("SYSTEM_INFO_FILE", file.c_str(), 1);
+    }
     Start();
+    unsetenv("SYSTEM_INFO_FILE");
     EXPECT_EQ(c.feedLine ? 1 : 0, m_log.CountContaining("source feed: "));
     if (c.feedLine) {
         EXPECT_EQ(1, m_log.Count(c.feedLine + kSample)) << m_log.Dump();
@@ -203,7 +211,10 @@ INSTANTIATE_TEST_SUITE_P(
                       SourceCase{"OtherDtvType", "0", "2", nullptr, nullptr},
                       SourceCase{"Atsc3QueryFails", "fail", "1", "DVB source feed: ",
                                  "system_info_get_value_bool SYSTEM_INFO_KEY_ATSC3_SUPPORTED failed"},
-                      SourceCase{"DtvQueryFails", "0", "fail", nullptr, "system_info_get_value_int failed!"}),
+                      SourceCase{"DtvQueryFails", "0", "fail", nullptr, "system_info_get_value_int failed!"},
+                      SourceCase{"Atsc3FromFile", nullptr, nullptr, "ATSC source feed: ", nullptr,
+                                 "# an ATSC 3.0 set\n333=4\n 604 = 1 \n"},
+                      SourceCase{"EnvironmentBeforeFile", "0", nullptr, nullptr, nullptr, "604=1\n333=4\n"}),
     [](const ::testing::TestParamInfo<SourceCase>& info) { return std::string(info.param.name); });
 
 struct CommandCase {

@@ -19,8 +19,9 @@
 //
 // --feed sets the variables the sources read (INTERTITLE_FEED and the
 // DVB, ATSC and broadband ones). The host reads the same feed to know the
-// media clock the source plays against (it restarts whenever a view is made)
-// and, through the parser, the times at which the picture should change.
+// media clock the source plays against (from the moment the source's log
+// says it started, whichever view started it) and, through the parser, the
+// times at which the picture should change.
 //
 // Every time the canvas changes, the host prints one timeline line: media
 // time, host time, how late the change came against the nearest change
@@ -52,6 +53,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <climits>
 #include <cstdio>
@@ -90,11 +92,17 @@ struct Options {
     std::vector<Command> commands;
 };
 
-long long NowMs()
+// The monotonic clock the sources' media clocks run on.
+long long NowUs()
 {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
+    return std::chrono::duration_cast<std::chrono::microseconds>(
                std::chrono::steady_clock::now().time_since_epoch())
         .count();
+}
+
+long long NowMs()
+{
+    return NowUs() / 1000;
 }
 
 bool ParseCommand(const std::string& at, const std::string& name, const std::string& arg, Command& out)
@@ -244,20 +252,23 @@ std::string DefaultModule()
 
 // The source's media clock replayed from its feed: the clock runs from 0 when
 // a view starts the source, and the feed's items move it at their times.
+// Times in are microseconds of NowUs; media time out is ms.
 class MediaReplica {
 public:
     explicit MediaReplica(const std::vector<TTML::SourceFeedItem>& items) : m_items(items) {}
 
-    void Restart(long long nowMs) { m_viewStart = nowMs; }
+    // Any thread.
+    void Restart(long long nowUs) { m_viewStart = nowUs; }
     bool Started() const { return m_viewStart >= 0; }
-    long long SinceStart(long long nowMs) const { return nowMs - m_viewStart; }
+    long long SinceStart(long long nowUs) const { return (nowUs - m_viewStart) / 1000; }
 
     // False while the clock stands stopped (or no view has started it).
-    bool MediaAt(long long nowMs, long long& media) const
+    bool MediaAt(long long nowUs, long long& media) const
     {
-        if (m_viewStart < 0)
+        const long long start = m_viewStart;
+        if (start < 0)
             return false;
-        const long long t = nowMs - m_viewStart;
+        const long long t = (nowUs - start) / 1000;
         enum { STOPPED, RUNNING, PAUSED } state = RUNNING;
         long long pos = 0, anchor = 0;
         for (const auto& item : m_items) {
@@ -304,7 +315,7 @@ public:
 
 private:
     std::vector<TTML::SourceFeedItem> m_items;
-    long long m_viewStart = -1;
+    std::atomic<long long> m_viewStart{-1};
 };
 
 struct Delivery {
@@ -465,10 +476,11 @@ private:
     void m_Send(const Command& c);
     void m_Message(const char* cmd);
     void m_Destroy();
-    void m_CheckCanvas(long long wall);
+    void m_CheckCanvas(long long wallUs);
     void m_WriteTimeline();
     void m_WriteContactSheet();
-    bool m_FeedOver(long long now) const;
+    bool m_FeedOver(long long nowUs) const;
+    static void SourceLog_Cb(log_priority prio, const char* tag, const char* msg, void* user);
 
     const Options& m_opt;
     MediaReplica m_replica;
@@ -488,7 +500,7 @@ private:
     size_t m_nextCommand = 0;
     Ecore_Timer* m_pCommandTimer = nullptr;
     Ecore_Job* m_pCheckJob = nullptr;
-    long long m_renderWall = 0;
+    long long m_renderWallUs = 0;
     std::string m_lastCommand;
     long long m_lastCommandWall = 0;
     unsigned long long m_lastHash = 0;
@@ -496,6 +508,15 @@ private:
     std::vector<std::string> m_shown;
     std::vector<Change> m_changes;
 };
+
+// A source logs this right after it starts its media clock, on the thread
+// that starts it, so the host knows the clock's origin to the microsecond,
+// whichever view (re)started it.
+void Host::SourceLog_Cb(log_priority /*prio*/, const char* /*tag*/, const char* msg, void* user)
+{
+    if (msg && std::strstr(msg, "[Source starts: "))
+        static_cast<Host*>(user)->m_replica.Restart(NowUs());
+}
 
 void Host::Result_Cb(ui_gadget_h /*ug*/, app_control_h result, void* /*priv*/)
 {
@@ -574,10 +595,6 @@ void Host::m_Send(const Command& c)
             std::printf("         cannot set %s\n", c.key.c_str());
     } else {
         m_Message(c.name.c_str());
-        // A view made now starts its source, and with it the media clock.
-        bool rebuilds = c.name == "enable" || (c.name == "disable" && !m_opt.broadbandOnly);
-        if (rebuilds)
-            m_replica.Restart(NowMs());
     }
 }
 
@@ -596,8 +613,9 @@ Eina_Bool Host::Command_Cb(void* data)
     return ECORE_CALLBACK_CANCEL;
 }
 
-bool Host::m_FeedOver(long long now) const
+bool Host::m_FeedOver(long long nowUs) const
 {
+    const long long now = nowUs / 1000;
     if (m_destroyed)
         return true;
     if (m_opt.until >= 0)
@@ -608,14 +626,14 @@ bool Host::m_FeedOver(long long now) const
         return now - m_t0 >= (m_opt.commands.empty() ? 0 : m_opt.commands.back().at) + kTailMs;
     long long media = 0;
     long long lastChange = m_changeTimes.empty() ? 0 : m_changeTimes.back();
-    bool mediaDone = !m_replica.MediaAt(now, media) || media >= lastChange + kTailMs;
-    return mediaDone && m_replica.SinceStart(now) >= m_lastItemAt + kTailMs;
+    bool mediaDone = !m_replica.MediaAt(nowUs, media) || media >= lastChange + kTailMs;
+    return mediaDone && m_replica.SinceStart(nowUs) >= m_lastItemAt + kTailMs;
 }
 
 Eina_Bool Host::Poll_Cb(void* data)
 {
     Host* pThis = static_cast<Host*>(data);
-    if (pThis->m_FeedOver(NowMs())) {
+    if (pThis->m_FeedOver(NowUs())) {
         ecore_main_loop_quit();
         return ECORE_CALLBACK_CANCEL;
     }
@@ -628,7 +646,7 @@ void Host::OnRenderPost_Cb(void* data, Evas* /*e*/, void* /*info*/)
     if (pThis->m_pCheckJob)
         return;
     // The picture changed now; it is read back once the render is over.
-    pThis->m_renderWall = NowMs();
+    pThis->m_renderWallUs = NowUs();
     pThis->m_pCheckJob = ecore_job_add(Check_Cb, pThis);
 }
 
@@ -636,11 +654,12 @@ void Host::Check_Cb(void* data)
 {
     Host* pThis = static_cast<Host*>(data);
     pThis->m_pCheckJob = nullptr;
-    pThis->m_CheckCanvas(pThis->m_renderWall);
+    pThis->m_CheckCanvas(pThis->m_renderWallUs);
 }
 
-void Host::m_CheckCanvas(long long wall)
+void Host::m_CheckCanvas(long long wallUs)
 {
+    const long long wall = wallUs / 1000;
     const unsigned int* pixels =
         static_cast<const unsigned int*>(ecore_evas_buffer_pixels_get(m_canvas.GetEcoreEvas()));
     if (!pixels)
@@ -653,7 +672,7 @@ void Host::m_CheckCanvas(long long wall)
 
     Change c;
     c.wall = wall - m_t0;
-    c.hasMedia = m_replica.MediaAt(wall, c.media);
+    c.hasMedia = m_replica.MediaAt(wallUs, c.media);
     // The first picture is the gadget's empty one, not a change of the documents.
     if (c.hasMedia && !m_changeTimes.empty() && m_haveHash) {
         auto it = std::lower_bound(m_changeTimes.begin(), m_changeTimes.end(), c.media);
@@ -803,6 +822,7 @@ int Host::Run()
     evas_event_callback_add(e, EVAS_CALLBACK_RENDER_POST, OnRenderPost_Cb, this);
 
     int status = 1;
+    dlog_set_hook(SourceLog_Cb, this);
     if (m_Load()) {
         m_ug.name = "intertitle";
         m_ug.mode = UG_MODE_FRAMEVIEW;
@@ -819,8 +839,6 @@ int Host::Run()
         m_t0 = NowMs();
         m_lastCommand = "start";
         m_lastCommandWall = m_t0;
-        if (!m_opt.broadbandOnly)
-            m_replica.Restart(m_t0);
         std::printf("   host      media            late\n");
         Command_Cb(this);
         Ecore_Timer* pPoll = ecore_timer_add(0.02, Poll_Cb, this);
@@ -831,6 +849,7 @@ int Host::Run()
         m_Destroy();
         status = 0;
     }
+    dlog_set_hook(nullptr, nullptr);
     evas_event_callback_del_full(e, EVAS_CALLBACK_RENDER_POST, OnRenderPost_Cb, this);
     if (m_pCheckJob)
         ecore_job_del(m_pCheckJob);
