@@ -535,11 +535,15 @@ TEST_P(Flashing, RecordIsRedrawnEveryFlashInterval)
     ASSERT_GE(drawn.size(), 1u);
     EXPECT_LE(drawn.size(), 4u);
     EXPECT_GE(drawn[0], 50 - kEarlyMs);
-    if (drawn[0] <= 700) {
+    // Flashing is decided just after the drawing; with a wide margin there
+    // is time left to flash.
+    if (drawn[0] <= 400) {
         EXPECT_GE(drawn.size(), 2u) << "drawn once with time left to flash";
     }
+    // The flash period counts from the start of the loop iteration that drew,
+    // so a slow drawing shortens the gap: paced by the period, not exact.
     for (std::size_t i = 1; i < drawn.size(); ++i)
-        EXPECT_GE(drawn[i] - drawn[i - 1], 300 - kEarlyMs) << i;
+        EXPECT_GE(drawn[i] - drawn[i - 1], 200) << i;
     ASSERT_EQ(1u, removed.size());
     EXPECT_GE(removed[0], 1000 - kEarlyMs);
 }
