@@ -38,8 +38,8 @@ std::vector<Entry> ReadTimeline(const std::string& path)
     return entries;
 }
 
-// Pixels of a frame that differ from the same pixel of `ref` (the empty
-// picture), whether all of them lie inside `box` (x0, y0, x1, y1), and the
+// Pixels of a frame that differ from the same pixel of `ref` (the picture
+// before the subtitle), whether all of them lie inside `box` (x0, y0, x1, y1), and the
 // colour at `probe` (x, y).
 struct Ink {
     long count = 0;
@@ -116,7 +116,8 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
 
     TTML::CHeadlessCanvas canvas;
     ASSERT_TRUE(canvas.Initialize(64, 64));
-    const std::vector<unsigned int> empty = Pixels(canvas, dir + "/" + timeline[0].frame);
+    ASSERT_GT(drawn, 0u);
+    const std::vector<unsigned int> empty = Pixels(canvas, dir + "/" + timeline[drawn - 1].frame);
     const int probe[2] = {10, 760};
     Ink shown = InkOf(Pixels(canvas, dir + "/" + timeline[drawn].frame), empty, c.region, probe);
     EXPECT_GT(shown.count, 1000);
@@ -130,13 +131,14 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
 }
 
 // Caption division (a source whose mode allows it, captions on, the banner
-// flag, mode 1, shown): the video ends at y 739 and the region moves to 767.
+// flag, mode 1, then shown once the menu has read them): the video ends at
+// y 739 and the region moves to 767.
 INSTANTIATE_TEST_SUITE_P(
     Frames, UgHost,
     ::testing::Values(HostCase{"FullPicture", "short.ttml", "", {192, 756, 1728, 972}, 0xbfbfbf},
                       HostCase{"CaptionDivision", "division.feed",
                                "0:set:db/menu/caption/caption=1 0:set:memory/tv-viewer/infobanner/ttml=1 "
-                               "0:set:db/menu/caption/captiondivisionmode=1 0:show",
+                               "0:set:db/menu/caption/captiondivisionmode=1 300:show",
                                {192, 767, 1728, 983}, 0x282828}),
     [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
 
