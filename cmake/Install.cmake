@@ -6,7 +6,7 @@ file(RELATIVE_PATH _libdir_from_bin ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL
 
 install(TARGETS ug-intertitle LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/ug)
 
-foreach(t dlog ui-gadget app_control system_info vconf)
+foreach(t dlog ui-gadget app_control system_info vconf ttml_tvservice)
   if(TARGET ${t})
     get_target_property(_type ${t} TYPE)
     if(_type STREQUAL "SHARED_LIBRARY")
@@ -15,6 +15,8 @@ foreach(t dlog ui-gadget app_control system_info vconf)
     endif()
   endif()
 endforeach()
+# The TV service finds the platform libraries beside it, whoever loads it.
+set_target_properties(ttml_tvservice PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(FILES ${CMAKE_SOURCE_DIR}/Platform/dlog/include/dlog.h ${CMAKE_SOURCE_DIR}/ug/Inc/UgTTMLModule.h
         DESTINATION ${_ttml_includedir})
 

@@ -101,15 +101,17 @@ size_t CountOf(const std::string& text, const std::string& part)
 
 }  // namespace
 
-// Guards: the caption settings' overrides reach every run, and a hidden run
-// stays hidden when the colour changes.
+// Guards: the caption settings' overrides reach every run (and its
+// underline or line-through), and a hidden run stays hidden when the colour
+// changes.
 TEST_P(Replace, EveryRunIsRewritten)
 {
     const ReplaceCase& c = GetParam();
     ITextContext* pContext = MakeContext(800, 30);
-    std::string markup = pContext->FormatText({{ATTR_TEXT, "one"}, {ATTR_COLOR, "#ff0000"}}) +
-                         pContext->FormatText({{ATTR_TEXT, "two"}, {ATTR_COLOR, "#0000ff"},
-                                               {ATTR_FONTWEIGHT, "bold"}, {ATTR_FONTSIZE, "20px"}});
+    std::string markup =
+        pContext->FormatText({{ATTR_TEXT, "one"}, {ATTR_COLOR, "#ff0000"}, {ATTR_TEXTDECORATION, "2"}}) +
+        pContext->FormatText({{ATTR_TEXT, "two"}, {ATTR_COLOR, "#0000ff"}, {ATTR_TEXTDECORATION, "8"},
+                              {ATTR_FONTWEIGHT, "bold"}, {ATTR_FONTSIZE, "20px"}});
     pContext->ReplaceAttribute(markup, c.attribute, c.value);
     EXPECT_EQ(2u, CountOf(markup, c.expected)) << markup;
     EXPECT_NE(std::string::npos, markup.find(">one</>")) << markup;
@@ -119,7 +121,9 @@ TEST_P(Replace, EveryRunIsRewritten)
 INSTANTIATE_TEST_SUITE_P(
     Cases, Replace,
     ::testing::Values(ReplaceCase{"Size", ATTR_FONTSIZE, "52px", "font_size=52"},
-                      ReplaceCase{"Colour", ATTR_COLOR, "#ffff00", "color=#ffff00ff"},
+                      ReplaceCase{"Colour", ATTR_COLOR, "#ffff00", " color=#ffff00ff"},
+                      // The lines under and through the text take its new colour.
+                      ReplaceCase{"LineColour", ATTR_COLOR, "#ffff00", "_color=#ffff00ff"},
                       ReplaceCase{"Weight", ATTR_FONTWEIGHT, "bold", "font_weight=bold"},
                       ReplaceCase{"Style", ATTR_FONTSTYLE, "italic", "font_style=italic"},
                       ReplaceCase{"Family", ATTR_FONTFAMILY, "Cpf03", "font='DejaVu Sans Mono'"}),

@@ -1,5 +1,6 @@
 // ug-host, the project's main job, end to end: it plays a one-subtitle feed
-// through the module and leaves frames and a timeline of what changed.
+// through the module and leaves frames and a timeline of what changed, the
+// TV service's video window (shared with the module) behind the subtitle.
 
 #include "CHeadlessCanvas.h"
 #include "ShellRun.h"
@@ -37,40 +38,65 @@ std::vector<Entry> ReadTimeline(const std::string& path)
     return entries;
 }
 
-// Pixels of a frame that differ from its top-left corner (the backdrop), and
-// whether all of them lie inside `box` (x0, y0, x1, y1).
+// Pixels of a frame that differ from the same pixel of `ref` (the picture
+// before the subtitle), whether all of them lie inside `box` (x0, y0, x1, y1), and the
+// colour at `probe` (x, y).
 struct Ink {
     long count = 0;
     bool inside = true;
+    unsigned int probe = 0;
 };
 
-Ink InkOf(TTML::CHeadlessCanvas& canvas, const std::string& file, const int box[4])
+std::vector<unsigned int> Pixels(TTML::CHeadlessCanvas& canvas, const std::string& file)
 {
-    Ink ink;
     Evas_Object* img = evas_object_image_add(canvas.GetEvas());
     evas_object_image_file_set(img, file.c_str(), nullptr);
     int w = 0, h = 0;
     evas_object_image_size_get(img, &w, &h);
     const unsigned int* px = static_cast<const unsigned int*>(evas_object_image_data_get(img, EINA_FALSE));
     EXPECT_TRUE(px && w == 1920 && h == 1080) << file;
-    for (int y = 0; px && y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            if (px[y * w + x] != px[0]) {
+    std::vector<unsigned int> out(1920 * 1080);
+    if (px && w == 1920 && h == 1080)
+        out.assign(px, px + out.size());
+    evas_object_del(img);
+    return out;
+}
+
+Ink InkOf(const std::vector<unsigned int>& px, const std::vector<unsigned int>& ref, const int box[4],
+          const int probe[2])
+{
+    Ink ink;
+    for (int y = 0; y < 1080; ++y)
+        for (int x = 0; x < 1920; ++x)
+            if (px[y * 1920 + x] != ref[y * 1920 + x]) {
                 ++ink.count;
                 ink.inside = ink.inside && x >= box[0] && x < box[2] && y >= box[1] && y < box[3];
             }
-    evas_object_del(img);
+    ink.probe = px[probe[1] * 1920 + probe[0]] & 0xffffff;
     return ink;
 }
 
-TEST(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
+// One subtitle from 0.6 s to 1.4 s, its region 10%..90% across and 70%..90%
+// down; the probe lies left of it, just under where a shrunk video ends.
+struct HostCase {
+    const char* name;
+    const char* feed;
+    const char* commands;
+    int region[4];
+    unsigned int probe;  // the colour bars' first bar, or the backdrop outside the video
+};
+
+class UgHost : public ::testing::TestWithParam<HostCase> {};
+
+TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
 {
+    const HostCase& c = GetParam();
     char tmpl[] = "/tmp/ug-host-test-XXXXXX";
     ASSERT_NE(nullptr, mkdtemp(tmpl));
     const std::string dir = tmpl;
-    const std::string feed = std::string(INTERTITLE_SOURCE_DIR) + "/Tests/Ug/data/short.ttml";
+    const std::string feed = std::string(INTERTITLE_SOURCE_DIR) + "/Tests/Ug/data/" + c.feed;
     ShellRun r = Shell(std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " --feed " + feed + " --frames " +
-                       dir + " 2>&1");
+                       dir + " " + c.commands + " 2>&1");
     ASSERT_EQ(0, r.status) << r.out;
 
     std::vector<Entry> timeline = ReadTimeline(dir + "/timeline.json");
@@ -88,18 +114,32 @@ TEST(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
     EXPECT_GE(timeline[drawn].media, 600);
     EXPECT_GE(timeline[removed].media, 1400);
 
-    // The region spans 10%..90% across and 70%..90% down the 1920x1080 canvas.
-    const int region[4] = {192, 756, 1728, 972};
     TTML::CHeadlessCanvas canvas;
     ASSERT_TRUE(canvas.Initialize(64, 64));
-    Ink shown = InkOf(canvas, dir + "/" + timeline[drawn].frame, region);
+    ASSERT_GT(drawn, 0u);
+    const std::vector<unsigned int> empty = Pixels(canvas, dir + "/" + timeline[drawn - 1].frame);
+    const int probe[2] = {10, 760};
+    Ink shown = InkOf(Pixels(canvas, dir + "/" + timeline[drawn].frame), empty, c.region, probe);
     EXPECT_GT(shown.count, 1000);
     EXPECT_TRUE(shown.inside);
-    EXPECT_EQ(0, InkOf(canvas, dir + "/" + timeline[removed].frame, region).count);
+    EXPECT_EQ(c.probe, shown.probe);
+    EXPECT_EQ(0, InkOf(Pixels(canvas, dir + "/" + timeline[removed].frame), empty, c.region, probe).count);
     canvas.Destroy();
     std::ifstream sheet(dir + "/contact-sheet.png");
     EXPECT_TRUE(sheet.good());
     Shell("rm -rf " + dir);
 }
+
+// Caption division (a source whose mode allows it, captions on, the banner
+// flag, mode 1, then shown once the menu has read them): the video ends at
+// y 739 and the region moves to 767.
+INSTANTIATE_TEST_SUITE_P(
+    Frames, UgHost,
+    ::testing::Values(HostCase{"FullPicture", "short.ttml", "", {192, 756, 1728, 972}, 0xbfbfbf},
+                      HostCase{"CaptionDivision", "division.feed",
+                               "0:set:db/menu/caption/caption=1 0:set:memory/tv-viewer/infobanner/ttml=1 "
+                               "0:set:db/menu/caption/captiondivisionmode=1 300:show",
+                               {192, 767, 1728, 983}, 0x282828}),
+    [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
 
 }  // namespace

@@ -113,6 +113,9 @@ TEST(UgModuleSymbols, OnlyTheEntryIsExported)
     ShellRun r = Shell(std::string("nm -D --defined-only ") + INTERTITLE_UG_MODULE + " | awk '{print $NF}'");
     ASSERT_EQ(0, r.status);
     EXPECT_EQ("UG_TTML_MODULE_INIT\n", r.out);
+    // The TV service is the system's one, shared with the host, not a copy inside.
+    r = Shell(std::string("readelf -d ") + INTERTITLE_UG_MODULE + " | grep -c 'NEEDED.*libtvservice.so'");
+    EXPECT_EQ("1\n", r.out);
 }
 
 TEST(UgModuleEntry, NullTableOrSlotIsRefused)

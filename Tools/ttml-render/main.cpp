@@ -11,7 +11,8 @@
 // --sheet adds DIR/sheet.png with every frame as a labelled thumbnail;
 // --json prints one JSON object per time: the regions drawn (screen pixels)
 // and their paragraphs (text, rectangle, font size, colours). Caption
-// settings come from the caption menu record, as on the TV.
+// settings come from the caption menu record, as on the TV, caption division
+// included: the backdrop is the video picture and shrinks with it.
 // Exit status: 0 drawn, 1 the document was refused (with the parser's
 // reasons) or a picture could not be written, 2 usage error.
 
@@ -25,6 +26,7 @@
 #include "CTTMLMenu.h"
 #include "CTextContext.h"
 #include "CTextSurface.h"
+#include "CVideoWindow.h"
 #include "IGraphics.h"
 #include "SubRawData.h"
 #include "TTMLAttr.h"
@@ -324,10 +326,17 @@ std::string Describe(unsigned long long time, const TTML::CRenderer* pRenderer, 
     return os.str();
 }
 
-// The backdrop under the base layout: a colour or a picture scaled to the canvas.
-bool AddBackdrop(TTML::CHeadlessCanvas& canvas, const std::string& background)
+// The backdrop is the video picture: a colour or a picture filling the TV
+// service's video window, which caption division shrinks; the screen around
+// it is black, as on the TV.
+bool AddBackdrop(TTML::CHeadlessCanvas& canvas, const std::string& background, TTML::CVideoWindow& video)
 {
     Evas* pEvas = canvas.GetEvas();
+    Evas_Object* pScreen = evas_object_rectangle_add(pEvas);
+    evas_object_color_set(pScreen, 0, 0, 0, 255);
+    evas_object_resize(pScreen, canvas.GetWidth(), canvas.GetHeight());
+    evas_object_layer_set(pScreen, 0);
+    evas_object_show(pScreen);
     Evas_Object* pBackdrop = nullptr;
     if (background[0] == '#') {
         const unsigned long rgb = std::strtoul(background.c_str() + 1, nullptr, 16);
@@ -343,11 +352,8 @@ bool AddBackdrop(TTML::CHeadlessCanvas& canvas, const std::string& background)
             return false;
         }
     }
-    evas_object_move(pBackdrop, 0, 0);
-    evas_object_resize(pBackdrop, canvas.GetWidth(), canvas.GetHeight());
-    evas_object_layer_set(pBackdrop, 0);
     evas_object_show(pBackdrop);
-    return true;
+    return video.Initialize(pEvas, canvas.GetWidth(), canvas.GetHeight(), pBackdrop);
 }
 
 std::string Clock(unsigned long long ms)
@@ -461,6 +467,7 @@ int main(int argc, char** argv)
     mkdir(opt.out.c_str(), 0777);
 
     TTML::CHeadlessCanvas canvas;
+    TTML::CVideoWindow video;
     TTML::IGraphics* pGraphics = nullptr;
     bool ok = canvas.Initialize(opt.width, opt.height);
     // EFL's own complaints (at its shutdown) are not the document's problems.
@@ -468,7 +475,7 @@ int main(int argc, char** argv)
         eina_log_print_cb_set([](const Eina_Log_Domain*, Eina_Log_Level, const char*, const char*, int, const char*,
                                  void*, va_list) {},
                               nullptr);
-    ok = ok && AddBackdrop(canvas, opt.background);
+    ok = ok && AddBackdrop(canvas, opt.background, video);
     if (ok) {
         pGraphics = TTML::IGraphics::Create();
         ok = pGraphics && pGraphics->Initialize(canvas.GetBaseLayout());
@@ -485,6 +492,8 @@ int main(int argc, char** argv)
     TTML::CTTMLMenu* pMenu = TTML::CTTMLMenu::GetInstance();
     pMenu->RegisterVconfKeysForCaption();
     pMenu->ReadMenuData();
+    // Shown by a source that allows caption division: the menu decides.
+    pMenu->SetCaptionDivisionMode(false);
 
     TTML::CGraphicsEngine engine(pGraphics);
     engine.CreateRootSurface(pInfo->GetCellResolution(), pInfo->GetTTExtent(), pInfo->GetAspectRatio());
@@ -532,6 +541,7 @@ int main(int argc, char** argv)
     pMenu->UnregisterVconfKeysForCaption();
     TTML::CTTMLMenu::Destroy();
     pGraphics->Destroy();
+    video.Destroy();
     canvas.Destroy();
     delete delivery.pSubtitleInfo;
     parser.Destroy();

@@ -36,6 +36,7 @@
 #include "CParser.h"
 #include "CSourceFeed.h"
 #include "CSubtitleInfo.h"
+#include "CVideoWindow.h"
 #include "ITTMLSource.h"
 #include "SubRawData.h"
 #include "UgTTMLModule.h"
@@ -71,7 +72,7 @@ const int kWidth = 1920;
 const int kHeight = 1080;
 // After the last change time the run waits this long for a late one.
 const long long kTailMs = 700;
-// The backdrop stands for the video plane under the gadget window.
+// The backdrop is the screen outside the TV service's video window.
 const int kBackdropGrey = 40;
 
 struct Command {
@@ -488,6 +489,7 @@ private:
     long long m_lastItemAt = 0;
 
     TTML::CHeadlessCanvas m_canvas;
+    TTML::CVideoWindow m_video;  // the TV service's picture, shared with the module
     Evas_Object* m_pWindow = nullptr;  // the gadget window the module builds on
     void* m_pModule = nullptr;
     ug_module_ops m_ops{};
@@ -812,6 +814,8 @@ int Host::Run()
     evas_object_resize(backdrop, kWidth, kHeight);
     evas_object_layer_set(backdrop, -1);
     evas_object_show(backdrop);
+    if (!m_video.Initialize(e, kWidth, kHeight))
+        std::fprintf(stderr, "ug-host: no video window; subtitles are drawn over the backdrop\n");
     m_pWindow = evas_object_rectangle_add(e);
     evas_object_color_set(m_pWindow, 0, 0, 0, 0);
     evas_object_resize(m_pWindow, kWidth, kHeight);
@@ -854,6 +858,7 @@ int Host::Run()
     if (m_pCheckJob)
         ecore_job_del(m_pCheckJob);
     ug_set_window(nullptr);
+    m_video.Destroy();
     m_canvas.Destroy();
     if (status == 0 && !m_opt.frames.empty()) {
         m_WriteTimeline();

@@ -159,6 +159,16 @@ void SetItem(TagItems& items, const std::string& key, const std::string& value)
     items.emplace_back(key, value);
 }
 
+// The text's colour, with the lines drawn through and under it, which are
+// part of the text: a new colour or opacity reaches them too.
+void SetTextColour(TagItems& items, const std::string& colour)
+{
+    SetItem(items, "color", colour);
+    for (const char* line : {"underline_color", "strikethrough_color"})
+        if (!GetItem(items, line).empty())
+            SetItem(items, line, colour);
+}
+
 // Calls edit(k, items) for the k-th run tag of markup and returns the
 // markup with the edited tags.
 template <typename F>
@@ -494,8 +504,7 @@ void CTextContext::ReplaceAttribute(std::string& markup, int attribute, const st
             if (text) {
                 // Each run keeps its alpha: hidden text stays hidden.
                 int alpha = ParseHex(GetItem(items, "color"), old) ? old[3] : To8(colour.alpha);
-                SetItem(items, "color",
-                        Hex8(To8(colour.red), To8(colour.green), To8(colour.blue), alpha));
+                SetTextColour(items, Hex8(To8(colour.red), To8(colour.green), To8(colour.blue), alpha));
             } else {
                 SetItem(items, "backing", colour.alpha ? "on" : "off");
                 SetItem(items, "backing_color", ColourHex(colour));
@@ -650,7 +659,7 @@ bool CTextContext::m_Layout()
         if (k < (int)m_runs.size() && m_runs[k].bTextAlpha) {
             int c[4];
             if (ParseHex(GetItem(items, "color"), c))
-                SetItem(items, "color", Hex8(c[0], c[1], c[2], m_runs[k].textAlpha));
+                SetTextColour(items, Hex8(c[0], c[1], c[2], m_runs[k].textAlpha));
         }
         SetItem(items, "backing", "off");
     });

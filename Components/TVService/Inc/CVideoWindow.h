@@ -8,8 +8,8 @@
 namespace TTML {
 
 // The picture of the TV service's video window, drawn on a canvas: a test
-// card of colour bars in the window's rectangle (screen pixels mapped onto
-// the canvas), on a layer below the subtitles' (the gadget's layer 6). It
+// card of colour bars (or a picture the caller gives) in the window's
+// rectangle (screen pixels mapped onto the canvas), on a layer below the subtitles' (the gadget's layer 6). It
 // follows every resize, so caption division can be seen.
 //
 // Main loop: Initialize and Destroy. Resizes may come from any thread; the
@@ -24,8 +24,11 @@ public:
     static const int LAYER = 1;
 
     // canvasW x canvasH: the canvas size the 1920x1080 screen maps onto.
+    // pPicture: an object of the caller's (a backdrop) shown as the picture
+    // instead of the test card; it is moved to the window's layer and follows
+    // its rectangle, and is not deleted here. Null: the colour bars.
     // False with a warning for a null canvas or a second Initialize.
-    bool Initialize(Evas* pCanvas, int canvasW = 1920, int canvasH = 1080);
+    bool Initialize(Evas* pCanvas, int canvasW = 1920, int canvasH = 1080, Evas_Object* pPicture = nullptr);
     void Destroy();
 
 private:

@@ -27,6 +27,7 @@ struct CVideoWindow::State {
     double scaleX = 1.0;
     double scaleY = 1.0;
     std::vector<Evas_Object*> bars;  // main loop only
+    Evas_Object* pPicture = nullptr;  // the caller's, instead of the bars
 
     // Main loop: the bars follow the service's video rectangle.
     void Apply()
@@ -36,6 +37,10 @@ struct CVideoWindow::State {
         const int y = static_cast<int>(r.y * scaleY);
         const int w = static_cast<int>(r.w * scaleX);
         const int h = static_cast<int>(r.h * scaleY);
+        if (pPicture) {
+            evas_object_geometry_set(pPicture, x, y, w, h);
+            return;
+        }
         for (int i = 0; i < kBarCount; ++i) {
             const int left = x + w * i / kBarCount;
             const int right = x + w * (i + 1) / kBarCount;
@@ -49,7 +54,7 @@ CVideoWindow::~CVideoWindow()
     Destroy();
 }
 
-bool CVideoWindow::Initialize(Evas* pCanvas, int canvasW, int canvasH)
+bool CVideoWindow::Initialize(Evas* pCanvas, int canvasW, int canvasH, Evas_Object* pPicture)
 {
     if (!pCanvas || m_pState || canvasW <= 0 || canvasH <= 0) {
         TTML_WARN("Invalid canvas or video window already made");
@@ -58,7 +63,10 @@ bool CVideoWindow::Initialize(Evas* pCanvas, int canvasW, int canvasH)
     m_pState = std::make_shared<State>();
     m_pState->scaleX = canvasW / 1920.0;
     m_pState->scaleY = canvasH / 1080.0;
-    for (int i = 0; i < kBarCount; ++i) {
+    m_pState->pPicture = pPicture;
+    if (pPicture)
+        evas_object_layer_set(pPicture, LAYER);
+    for (int i = 0; !pPicture && i < kBarCount; ++i) {
         Evas_Object* pBar = evas_object_rectangle_add(pCanvas);
         evas_object_color_set(pBar, kBars[i][0], kBars[i][1], kBars[i][2], 255);
         evas_object_layer_set(pBar, LAYER);
@@ -105,6 +113,7 @@ void CVideoWindow::Destroy()
         for (Evas_Object* pBar : m_pState->bars)
             evas_object_del(pBar);
         m_pState->bars.clear();
+        m_pState->pPicture = nullptr;
     }
     m_pState.reset();
 }

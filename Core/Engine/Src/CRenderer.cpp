@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
+#include <optional>
 
 namespace TTML {
 
@@ -40,11 +41,13 @@ TTMLColor ToColour(std::string value)
     return colour;
 }
 
-// The caption menu's record when captions are on, else null.
-TTMLMenuOption* MenuOn()
+// A copy of the caption menu's record when captions are on, else none.
+std::optional<TTMLMenuOption> MenuOn()
 {
-    TTMLMenuOption* pMenu = CTTMLMenu::GetInstance()->GetTTMLMenuData();
-    return pMenu && pMenu->status ? pMenu : nullptr;
+    TTMLMenuOption menu = CTTMLMenu::GetInstance()->CopyTTMLMenuData();
+    if (!menu.status)
+        return std::nullopt;
+    return menu;
 }
 
 // Families drawn with the monospaced factors.
@@ -284,7 +287,7 @@ void CRenderer::m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<
         pSurface->SetShowBackgroundAlways(true);
 
     TTMLColor colour = ToColour(windowColour);
-    if (TTMLMenuOption* pMenu = MenuOn()) {
+    if (std::optional<TTMLMenuOption> pMenu = MenuOn()) {
         TTML_INFO("Caption menu window color value: %d", pMenu->windowColor);
         if (pMenu->windowColor >= 1 && pMenu->windowColor <= 8)
             CTTMLMenu::GetInstance()->GetTTMLColorByEnum(pMenu->windowColor, colour);
@@ -543,7 +546,7 @@ int CRenderer::RenderText()
 
 void CRenderer::m_HandleCaptionDivisionMode()
 {
-    TTMLMenuOption* pMenu = MenuOn();
+    std::optional<TTMLMenuOption> pMenu = MenuOn();
     if (!pMenu || pMenu->divisionMode >= 5 || !m_pRegionContext || !m_pRegionSurface)
         return;
     std::list<std::string> ids;
@@ -646,8 +649,9 @@ int CRenderer::m_RenderText(ITextSurface* pSurface, const std::list<void*>* pCon
 
 void CRenderer::m_HandleMenuOptions(ITextContext* pContext)
 {
-    TTMLMenuOption* pMenu = CTTMLMenu::GetInstance()->GetTTMLMenuData();
-    if (!pMenu || !pContext) {
+    const TTMLMenuOption menu = CTTMLMenu::GetInstance()->CopyTTMLMenuData();
+    const TTMLMenuOption* pMenu = &menu;
+    if (!pContext) {
         TTML_WARN("Object is NULL");
         return;
     }
@@ -696,7 +700,7 @@ void CRenderer::m_SetTextAttr(const CElementSPTR& element, const Size& cellSize,
         colours.first.alpha = 0;
         colours.second.alpha = 0;
     } else {
-        TTMLMenuOption* pMenu = MenuOn();
+        std::optional<TTMLMenuOption> pMenu = MenuOn();
         if (pMenu) {
             TTML_INFO("Caption menu Font FG opacity value: %d", pMenu->fontOpacity);
             ApplyMenuOpacity(pMenu->fontOpacity, colours.second);
@@ -762,7 +766,7 @@ void CRenderer::m_SetParaBGColor(const CElementSPTR& element, ITextContext* pCon
         return;
     }
     TTMLColor colour = ToColour(Attr(element, ATTR_PARABACKGROUNDCOLOR));
-    if (TTMLMenuOption* pMenu = MenuOn()) {
+    if (std::optional<TTMLMenuOption> pMenu = MenuOn()) {
         TTML_INFO("Caption menu Para BG color value: %d", pMenu->bgColor);
         if (pMenu->bgColor >= 1 && pMenu->bgColor <= 8)
             CTTMLMenu::GetInstance()->GetTTMLColorByEnum(pMenu->bgColor, colour);
@@ -799,7 +803,7 @@ void CRenderer::ApplyMenuOpacity(int value, TTMLColor& colour)
 
 void CRenderer::m_ApplyFontFlashing(const std::list<void*>* pContexts)
 {
-    TTMLMenuOption* pMenu = MenuOn();
+    std::optional<TTMLMenuOption> pMenu = MenuOn();
     if (!pMenu)
         return;
     m_bTextVisible = !m_bTextVisible;
@@ -816,13 +820,12 @@ void CRenderer::m_ApplyBGnWinFlashing(ITextSurface* pSurface)
 {
     if (!pSurface)
         return;
-    TTMLMenuOption* pMenu = CTTMLMenu::GetInstance()->GetTTMLMenuData();
-    if (pMenu && !pMenu->status)
+    const TTMLMenuOption menu = CTTMLMenu::GetInstance()->CopyTTMLMenuData();
+    const TTMLMenuOption* pMenu = &menu;
+    if (!pMenu->status)
         return;
     const bool phase = m_bBackgroundVisible;
     m_bBackgroundVisible = !phase;
-    if (!pMenu)
-        return;
     if (pMenu->windowOpacity == 1) {
         m_bFlashingEnabled = true;
         pSurface->SetWindowVisible(!phase);

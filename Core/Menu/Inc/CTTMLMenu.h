@@ -26,7 +26,7 @@ namespace TTML {
 // listeners run; listeners run on the thread that changed the division.
 // The record is written under that lock by the key callbacks (main loop) and
 // ReadMenuData (the controller's thread, when the source asks, normally
-// before anything is drawn); the renderer reads it on the main loop unlocked.
+// before anything is drawn); the renderer reads a copy (CopyTTMLMenuData).
 class CTTMLMenu : public CCaptionDivision {
 public:
     typedef void (*MenuChangeCallback)(void* pUserData);
@@ -36,8 +36,11 @@ public:
     // Deletes the singleton; the next GetInstance makes a fresh one.
     static void Destroy();
 
-    // The record itself; the renderer reads it on the main loop.
+    // The record itself, for the thread that writes it (and tests).
     TTMLMenuOption* GetTTMLMenuData() { return &m_menuData; }
+    // A copy taken under the record's lock: the renderer reads the settings on
+    // the engine thread (when it lays an interval out) as well as the main loop.
+    TTMLMenuOption CopyTTMLMenuData();
     // Menu colour index 1..8 to a colour; 0 gives false with out unchanged,
     // anything else false with a warning.
     bool GetTTMLColorByEnum(int index, TTMLColor& out) const;

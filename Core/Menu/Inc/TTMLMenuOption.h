@@ -7,7 +7,8 @@ namespace TTML {
 
 // The viewer's caption settings as the TV menu stores them. All zero means
 // captions off and no override: the document's own styling is drawn.
-// Written by the key callbacks and read by the renderer, both on the main loop.
+// Written under the menu's lock by the key callbacks and ReadMenuData; the
+// renderer reads copies (CTTMLMenu::CopyTTMLMenuData).
 struct TTMLMenuOption {
     int32_t status = 0;         // caption switch; 0 off, every override inactive
     int32_t lang = 0;           // selected caption track

@@ -134,6 +134,12 @@ bool CTTMLMenu::m_GetVconfBool(const char* key, bool* pValue)
     return true;
 }
 
+TTMLMenuOption CTTMLMenu::CopyTTMLMenuData()
+{
+    std::lock_guard<std::recursive_mutex> guard(m_divisionLock);
+    return m_menuData;
+}
+
 bool CTTMLMenu::ReadMenuData()
 {
     std::lock_guard<std::recursive_mutex> guard(m_divisionLock);
