@@ -131,14 +131,14 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
 }
 
 // Caption division (a source whose mode allows it, captions on, the banner
-// flag, mode 1, then shown once the menu has read them): the video ends at
+// flag, mode 1, then shown by the source once the menu has registered): the video ends at
 // y 739 and the region moves to 767.
 INSTANTIATE_TEST_SUITE_P(
     Frames, UgHost,
     ::testing::Values(HostCase{"FullPicture", "short.ttml", "", {192, 756, 1728, 972}, 0xbfbfbf},
                       HostCase{"CaptionDivision", "division.feed",
                                "0:set:db/menu/caption/caption=1 0:set:memory/tv-viewer/infobanner/ttml=1 "
-                               "0:set:db/menu/caption/captiondivisionmode=1 300:show",
+                               "0:set:db/menu/caption/captiondivisionmode=1",
                                {192, 767, 1728, 983}, 0x282828}),
     [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
 
