@@ -77,8 +77,8 @@ Ink InkOf(const std::vector<unsigned int>& px, const std::vector<unsigned int>& 
 }
 
 // One subtitle from 1.5 s to 2.3 s (time for a slow parse), its region
-// 10%..90% across and 70%..90%
-// down; the probe lies left of it, just under where a shrunk video ends.
+// 10%..90% across and 70%..90% down; the probe lies left of it, just under
+// where a shrunk video ends.
 struct HostCase {
     const char* name;
     const char* feed;
