@@ -94,11 +94,13 @@ protected:
     static int t_ValidateConformsToStandard(std::string& value);
     static int t_ValidateFrameRate(std::string& value);
     static int t_ValidateClockTimeFormat(std::string& value);
-    // Replaces a time expression that passed its profile's check by its
-    // decimal milliseconds on the current document's timeline; a begin is
-    // also raised to the segment start. Without a document there are no
-    // frame or tick rates and no segment bounds.
-    void t_StoreTimeAsMS(std::string& value, bool applySegmentStart) const;
+    // Replaces a time expression of `attr` (begin, end or dur) that passed
+    // its profile's check by its decimal milliseconds on the current
+    // document's timeline; a begin is also raised to the segment start.
+    // Without a document there are no frame or tick rates and no segment
+    // bounds. A time of 2^64 ms or more has no value: warns naming `attr`,
+    // leaves `value` and gives false, and the document is refused.
+    bool t_StoreTimeAsMS(std::string& value, TTMLAttr attr) const;
     static int t_ValidateColorFormat(std::string& value);
     static int t_ValidateLineHeight(std::string& value);
     static int t_ValidateFontSize(std::string& value);

@@ -13,6 +13,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <iterator>
+#include <limits>
 
 namespace TTML {
 
@@ -395,18 +396,25 @@ bool CAttrHandler::t_SpaceSeparatedIntegersValidation(std::string& value)
                        [](const std::string& p) { return std::strtol(p.c_str(), nullptr, 10) > 0; });
 }
 
-void CAttrHandler::t_StoreTimeAsMS(std::string& value, bool applySegmentStart) const
+bool CAttrHandler::t_StoreTimeAsMS(std::string& value, TTMLAttr attr) const
 {
     const CSubtitleInfo* pInfo = GetSubtitleInfo();
     const double frameRate = pInfo ? pInfo->GetEffectiveFrameRate() : 0.0;
     const int tickRate = pInfo ? pInfo->GetTickRate() : 0;
     unsigned long long ms = ConvertTimeExpressionToMS(value, frameRate, tickRate);
-    if (applySegmentStart && pInfo)
+    // The conversion saturates there; no double below 2^64 converts to the
+    // largest value, so it can only mean a time past the range.
+    if (ms == std::numeric_limits<unsigned long long>::max()) {
+        TTML_WARN("Time out of range in %s: %s", kTTMLAttrKeys[attr], value.c_str());
+        return false;
+    }
+    if (attr == ATTR_BEGIN && pInfo)
         pInfo->ApplySubtitleSegmentBoundaries(ms);
 
     char buf[24];
     const std::to_chars_result done = std::to_chars(buf, buf + sizeof(buf), ms);
     value.assign(buf, done.ptr);
+    return true;
 }
 
 }  // namespace TTML

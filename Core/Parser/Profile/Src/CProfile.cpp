@@ -228,6 +228,10 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
         name = t_pXmlParser->GetAttrName(attr);
         value = t_pXmlParser->GetAttrValue(attr);
         int number = t_pAttrHandler->ToAttrEnum(name);
+        // An unknown name has no TTMLAttr value; it is dropped like an
+        // attribute without a validator.
+        if (number < 0 || number >= TTML_ATTR_COUNT)
+            continue;
         int code = t_pAttrHandler->ValidateAttribute(static_cast<TTMLAttr>(number), value);
         switch (code) {
         case ERR_NONE:

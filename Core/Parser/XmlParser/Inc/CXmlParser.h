@@ -8,7 +8,8 @@ namespace TTML {
 // IXmlParser over libxml2. Owns the current document (null when empty).
 //
 // Reads never load DTDs, external entities or anything from the network. They
-// refuse documents above kMaxDocumentBytes and keep libxml2's own limits
+// refuse documents above kMaxDocumentBytes and documents that declare an
+// internal DTD subset (entities, elements, attribute lists), and keep libxml2's own limits
 // (nesting up to 256 levels, entity expansion), so a hostile document fails to
 // read instead of exhausting memory.
 // libxml2's own error messages are written as TTML warnings (a few per call),
@@ -55,6 +56,10 @@ public:
     void Reset() override;
 
 private:
+    // Frees a document that declares an internal DTD subset, with a warning;
+    // true when it did. Runs before anything reads (and so expands) the tree.
+    bool m_RefuseDeclarations();
+
     xmlDocPtr m_xmlDoc;
 };
 

@@ -33,7 +33,7 @@ private:
     // Clock time only; begin also gets the document's segment start.
     int m_ValidateBegin(std::string& value);
     int m_ValidateEnd(std::string& value);
-    int m_ConvertClockTime(std::string& value, bool applySegmentStart);
+    int m_ConvertClockTime(std::string& value, TTMLAttr attr);
     int m_ValidateLinePadding(std::string& value);
     int m_ValidateMultiRowAlign(std::string& value);
     int m_ValidateRegion(std::string& value);

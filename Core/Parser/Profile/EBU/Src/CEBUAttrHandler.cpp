@@ -110,23 +110,21 @@ int CEBUAttrHandler::ValidateAttribute(TTMLAttr attr, std::string& value)
     return (this->*(it->second))(value);
 }
 
-int CEBUAttrHandler::m_ConvertClockTime(std::string& value, bool applySegmentStart)
+int CEBUAttrHandler::m_ConvertClockTime(std::string& value, TTMLAttr attr)
 {
     if (t_ValidateClockTimeFormat(value) != ERR_NONE)
         return ERR_IGNORE;
-
-    t_StoreTimeAsMS(value, applySegmentStart);
-    return ERR_NONE;
+    return t_StoreTimeAsMS(value, attr) ? ERR_NONE : ERR_INVALID;
 }
 
 int CEBUAttrHandler::m_ValidateBegin(std::string& value)
 {
-    return m_ConvertClockTime(value, true);
+    return m_ConvertClockTime(value, ATTR_BEGIN);
 }
 
 int CEBUAttrHandler::m_ValidateEnd(std::string& value)
 {
-    return m_ConvertClockTime(value, false);
+    return m_ConvertClockTime(value, ATTR_END);
 }
 
 int CEBUAttrHandler::m_ValidateLinePadding(std::string& value)

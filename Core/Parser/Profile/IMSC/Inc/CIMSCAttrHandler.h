@@ -43,7 +43,7 @@ private:
     bool m_ValidateLengthExpression(const std::string& value, std::string* unit = nullptr) const;
     // A colour as m_ValidateColorFormat takes it; `item` gets the stored form.
     bool m_IsColor(std::string& item);
-    int m_ConvertTime(std::string& value, bool applySegmentStart);
+    int m_ConvertTime(std::string& value, TTMLAttr attr);
 
     int m_ValidateBegin(std::string& value);
     int m_ValidateDur(std::string& value);
@@ -54,6 +54,10 @@ private:
     int m_ValidateStyle(std::string& value);
     int m_ValidateAgent(std::string& value);
     int m_ValidateConformsToStandard(std::string& value);
+    // Rates divide frame and tick counts, so a rate that is not above 0 is
+    // refused with a warning naming it (ERR_IGNORE: the document keeps the
+    // default, 30 frames or 1 tick per second). ttp:frameRate takes digits
+    // only, so "0" is the one such value that passes the common check.
     int m_ValidateFrameRate(std::string& value);
     int m_ValidateFrameRateMultiplier(std::string& value);
     int m_ValidateRole(std::string& value);

@@ -62,10 +62,12 @@ protected:
 private:
     // Two pixel lengths ("640px 480px"); anything else warns and is false.
     bool m_IsTTExtentValid(const std::string& extent);
-    // Offsets the node's own begin and end by the parent's begin.
-    void m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, CElementSPTR& element);
+    // Offsets the node's own begin and end by the parent's begin. A sum past
+    // 2^64 ms warns naming the attribute and gives ERR_INVALID.
+    int m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, CElementSPTR& element);
     // Applies element's dur: clips its end, or places it in a seq parent.
-    // May move the parent's begin and drop the parent's dur.
+    // May move the parent's begin and drop the parent's dur. An end past
+    // 2^64 ms stays at the largest time rather than wrap to an early one.
     void m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CElementSPTR& element);
     // False when the element (or its region) is hidden without a background
     // to keep; a hidden element that keeps its background loses its text.

@@ -252,30 +252,28 @@ bool CIMSCAttrHandler::m_IsColor(std::string& item)
     return true;
 }
 
-int CIMSCAttrHandler::m_ConvertTime(std::string& value, bool applySegmentStart)
+int CIMSCAttrHandler::m_ConvertTime(std::string& value, TTMLAttr attr)
 {
     if (!m_ValidateTimeExpression(value))
         return ERR_IGNORE;
-
-    t_StoreTimeAsMS(value, applySegmentStart);
-    return ERR_NONE;
+    return t_StoreTimeAsMS(value, attr) ? ERR_NONE : ERR_INVALID;
 }
 
 // ---- Validators -----------------------------------------------------------------
 
 int CIMSCAttrHandler::m_ValidateBegin(std::string& value)
 {
-    return m_ConvertTime(value, true);
+    return m_ConvertTime(value, ATTR_BEGIN);
 }
 
 int CIMSCAttrHandler::m_ValidateDur(std::string& value)
 {
-    return m_ConvertTime(value, false);
+    return m_ConvertTime(value, ATTR_DUR);
 }
 
 int CIMSCAttrHandler::m_ValidateEnd(std::string& value)
 {
-    return m_ConvertTime(value, false);
+    return m_ConvertTime(value, ATTR_END);
 }
 
 int CIMSCAttrHandler::m_ValidateLinePadding(std::string& value)
@@ -310,7 +308,10 @@ int CIMSCAttrHandler::m_ValidateConformsToStandard(std::string& /*value*/)
 
 int CIMSCAttrHandler::m_ValidateFrameRate(std::string& value)
 {
-    return t_ValidateFrameRate(value);
+    if (t_ValidateFrameRate(value) == ERR_NONE && value.find_first_not_of('0') != std::string::npos)
+        return ERR_NONE;
+    TTML_WARN("ttp:frameRate must be a whole number above 0: %s; ignored", value.c_str());
+    return ERR_IGNORE;
 }
 
 int CIMSCAttrHandler::m_ValidateFrameRateMultiplier(std::string& value)
@@ -336,7 +337,10 @@ int CIMSCAttrHandler::m_ValidateSubFrameRate(std::string& value)
 
 int CIMSCAttrHandler::m_ValidateTickRate(std::string& value)
 {
-    return m_ValidateSubFrameRate(value);
+    if (m_ValidateSubFrameRate(value) == ERR_NONE)
+        return ERR_NONE;
+    TTML_WARN("ttp:tickRate must be above 0: %s; ignored", value.c_str());
+    return ERR_IGNORE;
 }
 
 int CIMSCAttrHandler::m_ValidateTimeBase(std::string& value)

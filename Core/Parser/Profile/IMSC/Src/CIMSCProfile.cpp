@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <list>
 #include <memory>
 #include <new>
@@ -26,6 +27,13 @@ namespace {
 unsigned long long ToMs(const std::string& value)
 {
     return std::strtoull(value.c_str(), nullptr, 10);
+}
+
+// A sum that would wrap stays at the largest time instead.
+unsigned long long AddMs(unsigned long long a, unsigned long long b)
+{
+    return b > std::numeric_limits<unsigned long long>::max() - a ? std::numeric_limits<unsigned long long>::max()
+                                                                  : a + b;
 }
 
 std::string FromMs(unsigned long long value)
@@ -254,7 +262,9 @@ int CIMSCProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CEle
     int result = CProfile::t_HandleDivElement(node, parent, element);
     if (result != ERR_NONE)
         return result;
-    m_HandleTimings(node, parent, element);
+    result = m_HandleTimings(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
     m_HandleTimeContainerAndDurProperty(parent, element);
     return ERR_NONE;
 }
@@ -297,15 +307,16 @@ CElementSPTR CIMSCProfile::m_CreatePiece(CElementSPTR& element)
     return piece;
 }
 
-void CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, CElementSPTR& element)
+int CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, CElementSPTR& element)
 {
     if (!node || !parent || !element) {
+        // Nothing to offset; the caller's own checks decide about the element.
         TTML_WARN("null pointer!");
-        return;
+        return ERR_NONE;
     }
     std::string parentBegin;
     if (!parent->GetAttrValue(ATTR_BEGIN, parentBegin))
-        return;
+        return ERR_NONE;
     const unsigned long long offset = ToMs(parentBegin);
 
     struct Key {
@@ -324,8 +335,14 @@ void CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, 
         if (t_pAttrHandler->ValidateAttribute(key.attr, value) != ERR_NONE)
             continue;
         TTML_INFO(key.format, parent->GetType(), offset, element->GetType(), value.c_str());
-        element->AddAttrValue(key.attr, FromMs(offset + ToMs(value)));
+        const unsigned long long own = ToMs(value);
+        if (AddMs(offset, own) == std::numeric_limits<unsigned long long>::max()) {
+            TTML_WARN("Time out of range in %s: parent begin %llu ms + %llu ms", name.c_str(), offset, own);
+            return ERR_INVALID;
+        }
+        element->AddAttrValue(key.attr, FromMs(offset + own));
     }
+    return ERR_NONE;
 }
 
 void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CElementSPTR& element)
@@ -337,7 +354,7 @@ void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CEl
 
     std::string value;
     if (element->GetAttrValue(ATTR_BEGIN, value)) {
-        unsigned long long end = ToMs(value) + duration;
+        unsigned long long end = AddMs(ToMs(value), duration);
         if (element->GetAttrValue(ATTR_END, value))
             end = std::min(end, ToMs(value));
         element->AddAttrValue(ATTR_END, FromMs(end));
@@ -363,7 +380,7 @@ void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CEl
     if (parentHasDur)
         parent->RemoveAttrValue(ATTR_DUR);
 
-    unsigned long long end = begin + duration;
+    unsigned long long end = AddMs(begin, duration);
     if (element->GetAttrValue(ATTR_END, value))
         end = std::min(end, ToMs(value));
     element->AddAttrValue(ATTR_BEGIN, FromMs(begin));
@@ -410,7 +427,9 @@ int CIMSCProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CEleme
     int result = t_ParseAttributes(node, element);
     if (result != ERR_NONE)
         return result;
-    m_HandleTimings(node, parent, element);
+    result = m_HandleTimings(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
     m_HandleTimeContainerAndDurProperty(parent, element);
 
     // A paragraph's background belongs to its text lines, never the region.
@@ -477,7 +496,9 @@ int CIMSCProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CEl
         m_HandleTimeContainerAndDurProperty(parent, element);
         return t_HandleTextNode(node, element);
     }
-    m_HandleTimings(node, parent, element);
+    result = m_HandleTimings(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
     m_HandleTimeContainerAndDurProperty(parent, element);
     if (!t_pXmlParser->GetChildElementList(node))
         return t_HandleTextNode(node, element);
@@ -547,15 +568,15 @@ void CIMSCProfile::m_AddElement(CElementSPTR& element, unsigned long long begin,
         unsigned long long stop;
         if (set->GetAttrValue(ATTR_BEGIN, value) && !value.empty()) {
             // Clamped so that a set past the element's end adds nothing.
-            start = std::min(begin + ToMs(value), end);
+            start = std::min(AddMs(begin, ToMs(value)), end);
             if (visible && cursor < start)
                 t_pSubtitleInfo->AddElement(cursor, start, element);
             stop = end;
             if (set->GetAttrValue(ATTR_END, value) && !value.empty())
-                stop = std::min(begin + ToMs(value), end);
+                stop = std::min(AddMs(begin, ToMs(value)), end);
         } else if (set->GetAttrValue(ATTR_DUR, value) && !value.empty()) {
             start = cursor;
-            stop = std::min(cursor + ToMs(value), end);
+            stop = std::min(AddMs(cursor, ToMs(value)), end);
         } else {
             continue;
         }

@@ -150,6 +150,15 @@ xmlAttrPtr FirstValuedFrom(xmlAttrPtr attr)
     return attr;
 }
 
+// Neither EBU-TT-D nor IMSC 1 needs declarations in the document. An entity
+// declared there is expanded each time the tree is read (text and attribute
+// reads), past any guard libxml2 applies while parsing, so a small document
+// could grow to gigabytes.
+bool DeclaresInternalSubset(xmlDocPtr doc)
+{
+    return doc && doc->intSubset && doc->intSubset->children;
+}
+
 // Only element nodes have attributes; in other node types the same field may
 // hold something else.
 bool HasAttributes(xmlNodePtr node)
@@ -167,7 +176,19 @@ CXmlParser::CXmlParser() : m_xmlDoc(nullptr)
 
 CXmlParser::~CXmlParser()
 {
-    Reset();
+    // An empty reader is the normal state here, not worth a warning.
+    if (m_xmlDoc)
+        Reset();
+}
+
+bool CXmlParser::m_RefuseDeclarations()
+{
+    if (!DeclaresInternalSubset(m_xmlDoc))
+        return false;
+    TTML_WARN("Document declares an internal DTD subset: refused");
+    xmlFreeDoc(m_xmlDoc);
+    m_xmlDoc = nullptr;
+    return true;
 }
 
 bool CXmlParser::ReadFile(std::string path)
@@ -185,6 +206,7 @@ bool CXmlParser::ReadFile(std::string path)
     }
     CXmlErrorRoute route;
     m_xmlDoc = xmlReadFile(path.c_str(), nullptr, kFileReadOptions);
+    m_RefuseDeclarations();
     return m_xmlDoc != nullptr;
 }
 
@@ -206,6 +228,7 @@ bool CXmlParser::ReadMemory(const char* data, int length)
     } else {
         CXmlErrorRoute route;
         m_xmlDoc = xmlReadMemory(data, length, "", nullptr, kMemoryReadOptions);
+        m_RefuseDeclarations();
     }
     TTML_INFO("XmlCharEncoding is: [%d] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE", encoding);
     return m_xmlDoc != nullptr;
