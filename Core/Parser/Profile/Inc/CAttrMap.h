@@ -20,7 +20,8 @@ namespace TTML {
 // Keys are attribute numbers, 0 .. kMaxKeys - 1; Set ignores other keys and
 // lookups of them find nothing.
 // Copying a map freezes the source's own entries (its logical content is
-// unchanged), so a map must not be copied while another thread reads it.
+// unchanged), so a map must not be copied while another thread reads or
+// copies it, unless it was frozen (Freeze) since it last changed.
 class CAttrMap {
 public:
     using value_type = std::pair<int, std::string>;
@@ -85,6 +86,11 @@ public:
     void Set(int key, std::string&& value);
     // Returns whether the key was there.
     bool Erase(int key);
+
+    // Gathers every entry into one shared layer. Until the map next changes,
+    // copies of it leave it untouched, so they may be taken from several
+    // threads at once.
+    void Freeze() const;
 
     // Same keys with the same values, whatever order they were added in.
     bool operator==(const CAttrMap& other) const;

@@ -121,6 +121,22 @@ void CAttrMap::m_Freeze() const
     m_own = 0;
 }
 
+void CAttrMap::Freeze() const
+{
+    if (m_own == 0 && (!m_pBase || m_pBase->depth == 1))
+        return;
+    auto layer = std::make_shared<Layer>();
+    layer->values.reserve(size());
+    for (int key = m_NextKey(0); key < kMaxKeys; key = m_NextKey(key + 1)) {
+        layer->slot[key] = static_cast<uint8_t>(layer->values.size());
+        layer->values.push_back(*m_Entry(key));
+    }
+    layer->own = m_present;
+    m_pBase = std::move(layer);
+    m_values = std::vector<value_type>();
+    m_own = 0;
+}
+
 template <typename T>
 void CAttrMap::m_Set(int key, T&& value)
 {
