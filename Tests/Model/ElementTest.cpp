@@ -132,6 +132,37 @@ TEST_F(ElementTest, ParentMapReplacesOwnAndLinkIsRecorded)
     EXPECT_EQ("#ff0000", colour);
 }
 
+// Inherited maps are shared until written: every later write, on either
+// side and at any depth, must stay with the element it was made on.
+TEST_F(ElementTest, WritesAfterInheritingStayWithTheirElement)
+{
+    auto parent = Make(ELEM_DIV, {{ATTR_COLOR, "#ff0000"}, {ATTR_BEGIN, "1000"}});
+    auto child = Make(ELEM_P);
+    child->CreateFromParent(parent);
+    auto grandchild = Make(ELEM_SPAN);
+    grandchild->CreateFromParent(child);
+    parent->AddAttrValue(ATTR_COLOR, "#0000ff");
+    parent->AddAttrValue(ATTR_ID, "d1");
+    child->AddAttrValue(ATTR_FONTSIZE, "50%");
+    child->RemoveAttrValue(ATTR_BEGIN);
+    EXPECT_EQ((AttrMap{{ATTR_COLOR, "#0000ff"}, {ATTR_BEGIN, "1000"}, {ATTR_ID, "d1"}}), parent->GetAttrMap());
+    const std::map<int, std::string> childAttrs(child->GetAttrMap().begin(), child->GetAttrMap().end());
+    EXPECT_EQ((std::map<int, std::string>{{ATTR_COLOR, "#ff0000"}, {ATTR_FONTSIZE, "50%"}}), childAttrs);
+    EXPECT_EQ((AttrMap{{ATTR_COLOR, "#ff0000"}, {ATTR_BEGIN, "1000"}}), grandchild->GetAttrMap());
+    // A long line of descendants, each adding one attribute, sees them all.
+    AttrMap expected = grandchild->GetAttrMap();
+    CElementSPTR last = grandchild;
+    for (int attr = 1; attr <= 20; ++attr) {
+        auto next = Make(ELEM_SPAN);
+        next->CreateFromParent(last);
+        next->AddAttrValue(attr, std::to_string(attr));
+        expected.Set(attr, std::to_string(attr));
+        last = next;
+    }
+    EXPECT_EQ(22u, last->GetAttrMap().size());
+    EXPECT_EQ(expected, last->GetAttrMap());
+}
+
 TEST_F(ElementTest, SelfAsParentKeepsTheMap)
 {
     auto e = Make(ELEM_SPAN, {{ATTR_COLOR, "#ff0000"}});

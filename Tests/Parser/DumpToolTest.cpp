@@ -206,13 +206,17 @@ TEST(DumpTool, BackgroundImagesBesideTheDocument)
         << "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
            " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\""
            " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\">"
-           "<body><div begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"good.png\"/>"
+           "<body smpte:backgroundImage=\"notadiv.png\">"
+           "<div begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"good.png\"/>"
            "<div begin=\"2s\" end=\"3s\" smpte:backgroundImage=\"gone.png\"/></body></tt>";
     std::string json = dir + "/out.json";
     Shell("'" + kTool + "' --json --profile 1 '" + dir + "/doc.ttml' > '" + json + "' 2>/dev/null");
     auto f = Flatten(json);
     Shell("'" + kTool + "' --json '" + dir + "/declared.ttml' > '" + json + "' 2>/dev/null");
     auto declared = Flatten(json);
+    // Without the image profile nothing is looked up.
+    Shell("'" + kTool + "' --json '" + dir + "/doc.ttml' > '" + json + "' 2>/dev/null");
+    auto undeclared = Flatten(json);
     ShellRun text = Shell("'" + kTool + "' '" + dir + "/declared.ttml' 2>/dev/null");
     Shell("rm -rf '" + dir + "'");
     EXPECT_EQ(f["0.images#len"], "4");
@@ -237,6 +241,8 @@ TEST(DumpTool, BackgroundImagesBesideTheDocument)
     EXPECT_EQ(f["0.intervals.3.elements.0.image.ref"], "\"1\"");
     EXPECT_EQ(f["0.intervals.3.elements.0.image.width"], "160");
 
+    EXPECT_EQ(undeclared["0.images#len"], "") << "no image profile, no image lookup";
+    EXPECT_EQ(declared["0.images#len"], "2") << "only divs carry images";
     EXPECT_EQ(declared["0.profile"], "1");
     EXPECT_EQ(declared["0.accepted"], "true");
     EXPECT_EQ(declared["0.intervals.0.elements.0.image.height"], "120");

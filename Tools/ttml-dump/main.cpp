@@ -8,12 +8,12 @@
 // object per line (JSON Lines). The log filter defaults to "none" here; the
 // warnings of a refused document are printed as its reasons instead.
 //
-// Images named by smpte:backgroundImage that lie beside the document are
-// packed into the record's sub-sample data, as a source would send them, and
-// each reference is printed with its decoded size or why it has none. A
-// document declaring the IMSC 1 image profile is sent with transport profile
-// 1 unless --profile says otherwise, and each image element shows the image
-// it carries.
+// A document declaring the IMSC 1 image profile is sent with transport
+// profile 1 unless --profile says otherwise. For a document sent with profile
+// 1, images named by smpte:backgroundImage on its divs that lie beside the
+// document are packed into the record's sub-sample data, as a source would
+// send them, and each reference is printed with its decoded size or why it
+// has none; each image element shows the image it carries.
 
 #include "CElement.h"
 #include "CImageData.h"
@@ -266,18 +266,23 @@ struct FileResult {
 };
 
 // The distinct smpte:backgroundImage values in document order, taken from
-// the text so that refused documents are covered too.
+// the text so that refused documents are covered too. Only div start tags
+// can carry one, so the rest of the document is not searched.
 std::vector<std::string> BackgroundImages(const std::string& xml)
 {
+    // Quoted values may hold '>', so they are skipped whole.
+    static const boost::regex kDivTag("<(?:[\\w.-]+:)?div(?=[\\s/>])(?:[^>\"']|\"[^\"]*\"|'[^']*')*>");
     static const boost::regex kAttr("[:\\s]backgroundImage\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')");
     std::vector<std::string> refs;
-    for (boost::sregex_iterator it(xml.begin(), xml.end(), kAttr), end; it != end; ++it) {
-        std::string value = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
-        bool seen = false;
-        for (const auto& r : refs)
-            seen = seen || r == value;
-        if (!seen && !value.empty())
-            refs.push_back(value);
+    for (boost::sregex_iterator tag(xml.begin(), xml.end(), kDivTag), end; tag != end; ++tag) {
+        for (boost::sregex_iterator it((*tag)[0].first, (*tag)[0].second, kAttr); it != end; ++it) {
+            std::string value = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
+            bool seen = false;
+            for (const auto& r : refs)
+                seen = seen || r == value;
+            if (!seen && !value.empty())
+                refs.push_back(value);
+        }
     }
     return refs;
 }
@@ -580,14 +585,17 @@ int main(int argc, char** argv)
         pRecord->url = file;
         r.readable = ReadWholeFile(file, pRecord->xmlData);
         if (r.readable) {
-            std::vector<std::string> refs = BackgroundImages(pRecord->xmlData);
-            if (!refs.empty()) {
-                PackImages(file, refs, pRecord->subSampleData);
-                r.images = CheckImages(refs, pRecord->subSampleData);
-            }
             // A source announces image documents through the transport.
             if (opt.profile == -1 && pRecord->xmlData.find(kImageDesignator) != std::string::npos)
                 pRecord->profile = 1;
+            // Only the image profile reads image references.
+            if (pRecord->profile == 1) {
+                std::vector<std::string> refs = BackgroundImages(pRecord->xmlData);
+                if (!refs.empty()) {
+                    PackImages(file, refs, pRecord->subSampleData);
+                    r.images = CheckImages(refs, pRecord->subSampleData);
+                }
+            }
             WarningCollector collector;
             // The parser thread stays idle: nothing is queued, so the
             // record runs here through the same path a queued one takes.

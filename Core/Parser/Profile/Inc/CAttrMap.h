@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <initializer_list>
 #include <iterator>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -13,12 +14,14 @@ namespace TTML {
 
 // An element's attributes: values by attribute number, iterated in ascending
 // number. Every element starts as a copy of its parent's attributes and then
-// adds a few of its own, so the entries sit in one contiguous block in the
-// order they were added (short values fit in the strings themselves), and a
-// small table of positions by key makes lookup and insertion constant time
-// instead of shifting the block.
+// adds a few of its own, so a copy does not duplicate the entries: it shares
+// them, frozen, and keeps only what is set afterwards. A frozen layer is
+// never changed, so a later write to either map is seen by that map alone.
 // Keys are attribute numbers, 0 .. kMaxKeys - 1; Set ignores other keys and
 // lookups of them find nothing.
+// Copying a map freezes the source's own entries (its logical content is
+// unchanged), so a map must not be copied while another thread reads or
+// copies it, unless it was frozen (Freeze) since it last changed.
 class CAttrMap {
 public:
     using value_type = std::pair<int, std::string>;
@@ -34,7 +37,7 @@ public:
         using reference = const value_type&;
 
         const_iterator() = default;
-        reference operator*() const { return m_pMap->m_values[m_pMap->m_slot[m_key]]; }
+        reference operator*() const { return *m_pMap->m_Entry(m_key); }
         pointer operator->() const { return &**this; }
         const_iterator& operator++()
         {
@@ -59,8 +62,7 @@ public:
     };
 
     CAttrMap() = default;
-    // Copies keep a little spare room: a copied parent map is followed by
-    // the element's own attributes.
+    // Shares the source's entries; see the class comment.
     CAttrMap(const CAttrMap& other);
     CAttrMap& operator=(const CAttrMap& other);
     // The source is left empty.
@@ -68,27 +70,37 @@ public:
     CAttrMap& operator=(CAttrMap&& other) noexcept;
     // A later duplicate key replaces an earlier one.
     CAttrMap(std::initializer_list<value_type> values);
+    ~CAttrMap();
 
     const_iterator begin() const { return const_iterator(this, m_NextKey(0)); }
     const_iterator end() const { return const_iterator(this, kMaxKeys); }
-    size_t size() const { return m_values.size(); }
-    bool empty() const { return m_values.empty(); }
+    size_t size() const { return static_cast<size_t>(__builtin_popcountll(m_present)); }
+    bool empty() const { return m_present == 0; }
     void clear();
 
     const_iterator find(int key) const { return m_Has(key) ? const_iterator(this, key) : end(); }
     size_t count(int key) const { return m_Has(key) ? 1 : 0; }
     // Null when absent; valid until the map changes.
-    const std::string* Get(int key) const { return m_Has(key) ? &m_values[m_slot[key]].second : nullptr; }
+    const std::string* Get(int key) const { return m_Has(key) ? &m_Entry(key)->second : nullptr; }
     void Set(int key, const std::string& value);
     void Set(int key, std::string&& value);
     // Returns whether the key was there.
     bool Erase(int key);
+
+    // Gathers every entry into one shared layer. Until the map next changes,
+    // copies of it leave it untouched, so they may be taken from several
+    // threads at once.
+    void Freeze() const;
 
     // Same keys with the same values, whatever order they were added in.
     bool operator==(const CAttrMap& other) const;
     bool operator!=(const CAttrMap& other) const { return !(*this == other); }
 
 private:
+    // Entries of a map at the moment it was copied, on top of its base.
+    struct Layer;
+    using LayerSPTR = std::shared_ptr<const Layer>;
+
     bool m_Has(int key) const
     {
         return key >= 0 && key < kMaxKeys && ((m_present >> key) & 1u) != 0;
@@ -101,12 +113,20 @@ private:
         const uint64_t rest = m_present >> from;
         return rest == 0 ? kMaxKeys : from + __builtin_ctzll(rest);
     }
+    // The entry of a present key, from this map or the nearest layer below.
+    const value_type* m_Entry(int key) const;
+    // Moves the own entries into a new shared layer under this map.
+    void m_Freeze() const;
+    // Empty map only.
+    void m_CopyFrom(const CAttrMap& other);
     template <typename T>
     void m_Set(int key, T&& value);
 
-    std::vector<value_type> m_values;  // in the order keys were added
-    uint64_t m_present = 0;            // bit k: key k is held
-    uint8_t m_slot[kMaxKeys] = {};     // position in m_values of each held key
+    mutable LayerSPTR m_pBase;                  // shared, never changed
+    mutable std::vector<value_type> m_values;  // own entries, in the order added
+    mutable uint64_t m_own = 0;                 // bit k: key k is in m_values
+    uint64_t m_present = 0;                     // bit k: key k is held (own or below)
+    mutable uint8_t m_slot[kMaxKeys] = {};      // position in m_values of each own key
 };
 
 }  // namespace TTML

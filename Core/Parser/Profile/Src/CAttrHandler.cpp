@@ -179,8 +179,12 @@ void CAttrHandler::t_NameAttribute(int attr)
 
 void CAttrHandler::t_SetDefaultAttrValue(int attr, const std::string& value)
 {
-    if (attr >= 0 && attr < TTML_ATTR_COUNT)
+    if (attr >= 0 && attr < TTML_ATTR_COUNT) {
         m_defaultValues.Set(attr, value);
+        // Every parentless element copies the defaults, on whichever
+        // parser thread walks it.
+        m_defaultValues.Freeze();
+    }
 }
 
 void CAttrHandler::t_SetInheritable(int attr, bool inheritable)
