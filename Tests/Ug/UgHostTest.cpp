@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -97,7 +98,12 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
     const std::string dir = tmpl;
     const std::string feed = std::string(INTERTITLE_SOURCE_DIR) + "/Tests/Ug/data/" + c.feed;
     // A fixed end rather than "quiet for a while": a loaded machine may remove late.
-    ShellRun r = Shell(std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " --until 4000 --feed " + feed +
+    // The module's leaks are checked in process (the lifecycle storm); the
+    // leak checker's own tracer has crashed at this process's exit while
+    // EFL's threads wind down, so the child's exit is not leak-checked.
+    const char* asan = std::getenv("ASAN_OPTIONS");
+    const std::string asanOptions = std::string("ASAN_OPTIONS=") + (asan ? asan : "") + ":detect_leaks=0 ";
+    ShellRun r = Shell(asanOptions + "INTERTITLE_LOG=none " + INTERTITLE_UG_HOST + " --until 4000 --feed " + feed +
                        " --frames " + dir + " " + c.commands + " 2>&1");
     ASSERT_EQ(0, r.status) << r.out;
 
