@@ -7,6 +7,7 @@
 // prints how many samples agree.
 
 #include "RenderFixture.h"
+#include "ToolFile.h"
 
 #include <dirent.h>
 #include <unistd.h>
@@ -16,9 +17,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 using namespace TTML;
 
@@ -43,17 +42,6 @@ struct Rect {
         return !Empty() && !o.Empty() && x0 <= o.x1 && o.x0 <= x1 && y0 <= o.y1 && o.y0 <= y1;
     }
 };
-
-bool ReadFile(const std::string& path, std::string& out)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    std::ostringstream text;
-    text << in.rdbuf();
-    out = text.str();
-    return true;
-}
 
 std::vector<std::string> List(const std::string& dir)
 {
@@ -119,7 +107,7 @@ public:
     Rect Ours(const Sample& s, bool& refused)
     {
         std::string xml;
-        refused = !ReadFile(s.document, xml);
+        refused = !ReadWholeFile(s.document, xml);
         std::vector<std::string> files;
         const std::string dir = s.document.substr(0, s.document.rfind('/') + 1);
         for (const std::string& name : List(dir))
@@ -241,7 +229,7 @@ TEST_F(ReferenceOverlap, IrtEbuTtDSamples)
     // The N-th distinct begin of each document.
     for (Sample& s : samples) {
         std::string xml;
-        ReadFile(s.document, xml);
+        ReadWholeFile(s.document, xml);
         TTML::CSubtitleInfo* pInfo = Parse(xml, -1, {}, false);
         std::set<CSubtitleInfo::TimeInterval> keys;
         if (pInfo)

@@ -15,29 +15,25 @@
 // send them, and each reference is printed with its decoded size or why it
 // has none; each image element shows the image it carries.
 
+#include "CDocumentParser.h"
 #include "CElement.h"
 #include "CImageData.h"
-#include "CParser.h"
-#include "CSubSampleBuilder.h"
 #include "CSubSampleImageUtil.h"
 #include "CSubtitleInfo.h"
+#include "CWarningCollector.h"
 #include "SubRawData.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
+#include "ToolImages.h"
+#include "ToolJson.h"
 
 #include <dlog.h>
-#include <unistd.h>
-
-#include <boost/regex.hpp>
 
 #include <cerrno>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <list>
-#include <mutex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -47,6 +43,7 @@ namespace {
 
 using TTML::CElementSPTR;
 using TTML::CSubtitleInfo;
+using TTML::JsonString;
 
 struct Options {
     int profile = -1;
@@ -190,63 +187,6 @@ int ParseArgs(int argc, char** argv, Options& opt)
     return 0;
 }
 
-// Collects the warnings and errors logged while one document is processed.
-class WarningCollector {
-public:
-    WarningCollector() { dlog_set_hook(&Hook, this); }
-    ~WarningCollector() { dlog_set_hook(nullptr, nullptr); }
-    WarningCollector(const WarningCollector&) = delete;
-    WarningCollector& operator=(const WarningCollector&) = delete;
-
-    std::vector<std::string> Take()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        return m_lines;
-    }
-
-private:
-    static void Hook(log_priority prio, const char*, const char* msg, void* user)
-    {
-        if (prio < DLOG_WARN)
-            return;
-        auto* self = static_cast<WarningCollector*>(user);
-        std::lock_guard<std::mutex> guard(self->m_lock);
-        self->m_lines.push_back(MessageOf(msg));
-    }
-
-    // The formatted line ends with " [message]", colour codes inside.
-    static std::string MessageOf(const std::string& line)
-    {
-        std::string msg = line;
-        std::string::size_type open = line.rfind("] [");
-        if (open != std::string::npos && !line.empty() && line.back() == ']')
-            msg = line.substr(open + 3, line.size() - open - 4);
-        for (const char* code : {"\033[01;33m", "\033[01;31m", "\033[0m"}) {
-            std::string::size_type at;
-            while ((at = msg.find(code)) != std::string::npos)
-                msg.erase(at, std::strlen(code));
-        }
-        return msg;
-    }
-
-    std::mutex m_lock;
-    std::vector<std::string> m_lines;
-};
-
-struct Delivery {
-    CSubtitleInfo* pSubtitleInfo = nullptr;  // owned once delivered
-};
-
-void OnParsed(int msgId, void* data)
-{
-    if (msgId != 0 || !data)
-        return;
-    auto* pData = static_cast<TTML::ParserCallbackData*>(data);
-    auto* pDelivery = static_cast<Delivery*>(pData->pUserData);
-    delete pDelivery->pSubtitleInfo;
-    pDelivery->pSubtitleInfo = pData->pSubtitleInfo;
-}
-
 // One smpte:backgroundImage reference of the document and what it gave.
 struct ImageResult {
     std::string reference;
@@ -265,28 +205,6 @@ struct FileResult {
     std::vector<ImageResult> images;
 };
 
-// The distinct smpte:backgroundImage values in document order, taken from
-// the text so that refused documents are covered too. Only div start tags
-// can carry one, so the rest of the document is not searched.
-std::vector<std::string> BackgroundImages(const std::string& xml)
-{
-    // Quoted values may hold '>', so they are skipped whole.
-    static const boost::regex kDivTag("<(?:[\\w.-]+:)?div(?=[\\s/>])(?:[^>\"']|\"[^\"]*\"|'[^']*')*>");
-    static const boost::regex kAttr("[:\\s]backgroundImage\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')");
-    std::vector<std::string> refs;
-    for (boost::sregex_iterator tag(xml.begin(), xml.end(), kDivTag), end; tag != end; ++tag) {
-        for (boost::sregex_iterator it((*tag)[0].first, (*tag)[0].second, kAttr); it != end; ++it) {
-            std::string value = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
-            bool seen = false;
-            for (const auto& r : refs)
-                seen = seen || r == value;
-            if (!seen && !value.empty())
-                refs.push_back(value);
-        }
-    }
-    return refs;
-}
-
 // What the image profile asks the image component for: the part after the
 // last colon of a "urn:" value, any other value as it is.
 std::string LookupKey(const std::string& reference)
@@ -294,26 +212,6 @@ std::string LookupKey(const std::string& reference)
     if (reference.compare(0, 4, "urn:") == 0)
         return reference.substr(reference.rfind(':') + 1);
     return reference;
-}
-
-// Packs the referenced files found beside the document into the record's
-// sub-sample data. urn and fragment references name no file.
-void PackImages(const std::string& file, const std::vector<std::string>& refs, std::string& subSampleData)
-{
-    std::string dir;
-    std::string::size_type slash = file.find_last_of('/');
-    if (slash != std::string::npos)
-        dir = file.substr(0, slash + 1);
-    std::vector<std::string> paths;
-    for (const auto& ref : refs) {
-        if (ref.compare(0, 4, "urn:") == 0 || ref[0] == '#' || ref[0] == '/')
-            continue;
-        std::string path = dir + ref;
-        if (access(path.c_str(), R_OK) == 0)
-            paths.push_back(path);
-    }
-    if (!paths.empty())
-        TTML::CSubSampleBuilder::BuildFromFiles(paths, subSampleData);
 }
 
 // Looks every reference up the way the image profile does, keeping the
@@ -325,7 +223,7 @@ std::vector<ImageResult> CheckImages(const std::vector<std::string>& refs, std::
     for (const auto& ref : refs) {
         ImageResult r;
         r.reference = ref;
-        WarningCollector collector;
+        TTML::CWarningCollector collector;
         std::shared_ptr<TTML::CImageData> image = util.GetImage(LookupKey(ref));
         if (image) {
             r.width = image->GetWidth();
@@ -337,29 +235,6 @@ std::vector<ImageResult> CheckImages(const std::vector<std::string>& refs, std::
         results.push_back(r);
     }
     return results;
-}
-
-void JsonString(std::ostream& os, const std::string& s)
-{
-    os << '"';
-    for (unsigned char c : s) {
-        switch (c) {
-        case '"': os << "\\\""; break;
-        case '\\': os << "\\\\"; break;
-        case '\n': os << "\\n"; break;
-        case '\r': os << "\\r"; break;
-        case '\t': os << "\\t"; break;
-        default:
-            if (c < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof(buf), "\\u%04x", c);
-                os << buf;
-            } else {
-                os << static_cast<char>(c);
-            }
-        }
-    }
-    os << '"';
 }
 
 std::string TextOf(const CElementSPTR& e)
@@ -539,19 +414,6 @@ void PrintText(const FileResult& r, long long timeStamp)
     std::printf("lastEndTime: %llu\n\n", info->GetLastEndTime());
 }
 
-bool ReadWholeFile(const std::string& path, std::string& out)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    if (in.bad())
-        return false;
-    out = ss.str();
-    return true;
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
@@ -566,9 +428,8 @@ int main(int argc, char** argv)
     setenv("INTERTITLE_LOG", "none", 0);
     dlog_reload_filter();
 
-    Delivery delivery;
-    TTML::CParser parser;
-    if (!parser.Initialize(opt.mode, &OnParsed, &delivery)) {
+    TTML::CDocumentParser parser;
+    if (!parser.Initialize(opt.mode)) {
         std::fprintf(stderr, "ttml-dump: the parser did not start\n");
         return 1;
     }
@@ -577,35 +438,25 @@ int main(int argc, char** argv)
     for (const auto& file : opt.files) {
         FileResult r;
         r.file = file;
-        auto* pRecord = new TTML::SubRawData();
-        pRecord->profile = opt.profile;
-        pRecord->timeStamp = opt.timeStamp;
-        pRecord->segmentBegin = opt.segmentBegin;
-        pRecord->segmentEnd = opt.segmentEnd;
-        pRecord->url = file;
-        r.readable = ReadWholeFile(file, pRecord->xmlData);
+        TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(file, opt.profile);
+        r.readable = pRecord != nullptr;
         if (r.readable) {
-            // A source announces image documents through the transport.
-            if (opt.profile == -1 && pRecord->xmlData.find(kImageDesignator) != std::string::npos)
-                pRecord->profile = 1;
+            pRecord->timeStamp = opt.timeStamp;
+            pRecord->segmentBegin = opt.segmentBegin;
+            pRecord->segmentEnd = opt.segmentEnd;
             // Only the image profile reads image references.
             if (pRecord->profile == 1) {
-                std::vector<std::string> refs = BackgroundImages(pRecord->xmlData);
+                std::vector<std::string> refs = TTML::BackgroundImages(pRecord->xmlData, true);
                 if (!refs.empty()) {
-                    PackImages(file, refs, pRecord->subSampleData);
+                    TTML::PackImages(file, refs, pRecord->subSampleData);
                     r.images = CheckImages(refs, pRecord->subSampleData);
                 }
             }
-            WarningCollector collector;
-            // The parser thread stays idle: nothing is queued, so the
-            // record runs here through the same path a queued one takes.
-            r.result = parser.ProcessRecord(pRecord, &r.profile);
-            r.warnings = collector.Take();
+            r.result = parser.Parse(pRecord, &r.profile, &r.warnings);
         } else {
-            delete pRecord;
             std::fprintf(stderr, "ttml-dump: cannot read %s\n", file.c_str());
         }
-        r.pInfo = (r.readable && r.result == TTML::ERR_NONE) ? delivery.pSubtitleInfo : nullptr;
+        r.pInfo = (r.readable && r.result == TTML::ERR_NONE) ? parser.GetSubtitleInfo() : nullptr;
         if (!r.pInfo)
             allAccepted = false;
 
@@ -621,8 +472,7 @@ int main(int argc, char** argv)
             PrintText(r, opt.timeStamp);
         std::fflush(stdout);
 
-        delete delivery.pSubtitleInfo;
-        delivery.pSubtitleInfo = nullptr;
+        parser.Reset();
     }
 
     parser.Destroy();

@@ -16,36 +16,34 @@
 // Exit status: 0 drawn, 1 the document was refused (with the parser's
 // reasons) or a picture could not be written, 2 usage error.
 
+#include "CDocumentParser.h"
 #include "CGraphics.h"
 #include "CGraphicsEngine.h"
 #include "CHeadlessCanvas.h"
-#include "CParser.h"
 #include "CRenderer.h"
-#include "CSubSampleBuilder.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
 #include "CTextContext.h"
 #include "CTextSurface.h"
 #include "CVideoWindow.h"
+#include "CWarningCollector.h"
 #include "IGraphics.h"
 #include "SubRawData.h"
 #include "TTMLAttr.h"
+#include "ToolImages.h"
+#include "ToolJson.h"
 
 #include <Ecore_Evas.h>
 #include <Evas.h>
 #include <dlog.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <boost/regex.hpp>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
 #include <list>
-#include <mutex>
 #include <set>
 #include <sstream>
 #include <string>
@@ -55,6 +53,7 @@ namespace {
 
 using TTML::CElementSPTR;
 using TTML::CSubtitleInfo;
+using TTML::JsonString;
 
 struct Options {
     int width = 1920;
@@ -154,116 +153,6 @@ int ParseArgs(int argc, char** argv, Options& opt)
         }
     }
     return opt.file.empty() ? Usage("no FILE") : 0;
-}
-
-// Collects the warning lines logged while it lives (their message part).
-class WarningCollector {
-public:
-    WarningCollector() { dlog_set_hook(&Hook, this); }
-    ~WarningCollector() { dlog_set_hook(nullptr, nullptr); }
-    WarningCollector(const WarningCollector&) = delete;
-    WarningCollector& operator=(const WarningCollector&) = delete;
-
-    std::vector<std::string> Take()
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        std::vector<std::string> lines;
-        lines.swap(m_lines);
-        return lines;
-    }
-
-private:
-    static void Hook(log_priority prio, const char*, const char* msg, void* user)
-    {
-        if (prio < DLOG_WARN)
-            return;
-        auto* self = static_cast<WarningCollector*>(user);
-        std::string line = msg;
-        std::string::size_type open = line.rfind("] [");
-        if (open != std::string::npos && line.back() == ']')
-            line = line.substr(open + 3, line.size() - open - 4);
-        for (const char* code : {"\033[01;33m", "\033[01;31m", "\033[0m"}) {
-            std::string::size_type at;
-            while ((at = line.find(code)) != std::string::npos)
-                line.erase(at, std::strlen(code));
-        }
-        std::lock_guard<std::mutex> guard(self->m_lock);
-        self->m_lines.push_back(line);
-    }
-
-    std::mutex m_lock;
-    std::vector<std::string> m_lines;
-};
-
-struct Delivery {
-    CSubtitleInfo* pSubtitleInfo = nullptr;  // owned once delivered
-};
-
-void OnParsed_Cb(int msgId, void* data)
-{
-    if (msgId != 0 || !data)
-        return;
-    auto* pData = static_cast<TTML::ParserCallbackData*>(data);
-    auto* pDelivery = static_cast<Delivery*>(pData->pUserData);
-    delete pDelivery->pSubtitleInfo;
-    pDelivery->pSubtitleInfo = pData->pSubtitleInfo;
-}
-
-// Files named by smpte:backgroundImage beside the document, packed into the
-// record's sub-sample data as a source sends them.
-void PackImages(const std::string& file, const std::string& xml, std::string& subSampleData)
-{
-    static const boost::regex kAttr("[:\\s]backgroundImage\\s*=\\s*(?:\"([^\"]*)\"|'([^']*)')");
-    std::string dir;
-    const std::string::size_type slash = file.find_last_of('/');
-    if (slash != std::string::npos)
-        dir = file.substr(0, slash + 1);
-    std::set<std::string> seen;
-    std::vector<std::string> paths;
-    for (boost::sregex_iterator it(xml.begin(), xml.end(), kAttr), end; it != end; ++it) {
-        const std::string ref = (*it)[1].matched ? (*it)[1].str() : (*it)[2].str();
-        if (ref.empty() || ref.compare(0, 4, "urn:") == 0 || ref[0] == '#' || ref[0] == '/' || !seen.insert(ref).second)
-            continue;
-        const std::string path = dir + ref;
-        if (access(path.c_str(), R_OK) == 0)
-            paths.push_back(path);
-    }
-    if (!paths.empty())
-        TTML::CSubSampleBuilder::BuildFromFiles(paths, subSampleData);
-}
-
-bool ReadWholeFile(const std::string& path, std::string& out)
-{
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    std::ostringstream text;
-    text << in.rdbuf();
-    out = text.str();
-    return !in.bad();
-}
-
-void JsonString(std::ostream& os, const std::string& s)
-{
-    os << '"';
-    for (unsigned char c : s) {
-        switch (c) {
-        case '"': os << "\\\""; break;
-        case '\\': os << "\\\\"; break;
-        case '\n': os << "\\n"; break;
-        case '\t': os << "\\t"; break;
-        case '\r': os << "\\r"; break;
-        default:
-            if (c < 0x20) {
-                char buf[8];
-                std::snprintf(buf, sizeof(buf), "\\u%04x", c);
-                os << buf;
-            } else {
-                os << static_cast<char>(c);
-            }
-        }
-    }
-    os << '"';
 }
 
 // First value of a markup item (" color=#rrggbbaa"), empty when absent.
@@ -414,38 +303,25 @@ int main(int argc, char** argv)
     dlog_reload_filter();
 
     // Parse exactly as ttml-dump does.
-    auto* pRecord = new TTML::SubRawData();
-    pRecord->profile = opt.profile;
-    pRecord->url = opt.file;
-    if (!ReadWholeFile(opt.file, pRecord->xmlData)) {
-        delete pRecord;
+    TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(opt.file, opt.profile);
+    if (!pRecord) {
         std::fprintf(stderr, "ttml-render: cannot read %s\n", opt.file.c_str());
         return 1;
     }
-    PackImages(opt.file, pRecord->xmlData, pRecord->subSampleData);
-    if (opt.profile == -1 && pRecord->xmlData.find(kImageDesignator) != std::string::npos)
-        pRecord->profile = 1;
-    Delivery delivery;
-    TTML::CParser parser;
-    if (!parser.Initialize(opt.mode, &OnParsed_Cb, &delivery)) {
+    TTML::PackImages(opt.file, TTML::BackgroundImages(pRecord->xmlData, false), pRecord->subSampleData);
+    TTML::CDocumentParser parser;
+    if (!parser.Initialize(opt.mode)) {
         delete pRecord;
         std::fprintf(stderr, "ttml-render: the parser did not start\n");
         return 1;
     }
-    int result = -1;
     std::vector<std::string> reasons;
-    {
-        WarningCollector collector;
-        int profile = -1;
-        result = parser.ProcessRecord(pRecord, &profile);
-        reasons = collector.Take();
-    }
-    CSubtitleInfo* pInfo = result == TTML::ERR_NONE ? delivery.pSubtitleInfo : nullptr;
+    const int result = parser.Parse(pRecord, nullptr, &reasons);
+    CSubtitleInfo* pInfo = result == TTML::ERR_NONE ? parser.GetSubtitleInfo() : nullptr;
     if (!pInfo) {
         std::fprintf(stderr, "ttml-render: %s refused: result %d\n", opt.file.c_str(), result);
         for (const std::string& reason : reasons)
             std::fprintf(stderr, "  reason: %s\n", reason.c_str());
-        delete delivery.pSubtitleInfo;
         parser.Destroy();
         return 1;
     }
@@ -484,7 +360,6 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "ttml-render: no canvas to draw on\n");
         if (pGraphics)
             pGraphics->Destroy();
-        delete delivery.pSubtitleInfo;
         parser.Destroy();
         return 1;
     }
@@ -507,7 +382,7 @@ int main(int argc, char** argv)
                 break;
             }
         }
-        WarningCollector collector;
+        TTML::CWarningCollector collector;
         TTML::CRenderer* pRenderer = elements.empty() ? nullptr : engine.CreateRenderer(&elements, (opt.mode & 2) != 0);
         const bool drawn = pRenderer && engine.RenderText(pRenderer) == 1;
         if (pRenderer && !drawn)
@@ -543,7 +418,6 @@ int main(int argc, char** argv)
     pGraphics->Destroy();
     video.Destroy();
     canvas.Destroy();
-    delete delivery.pSubtitleInfo;
     parser.Destroy();
     return written ? 0 : 1;
 }

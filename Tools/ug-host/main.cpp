@@ -32,8 +32,8 @@
 // Exit status: 0 after a run, 1 when the module or the canvas fails, 2 for
 // a usage error.
 
+#include "CDocumentParser.h"
 #include "CHeadlessCanvas.h"
-#include "CParser.h"
 #include "CSourceFeed.h"
 #include "CSubtitleInfo.h"
 #include "CVideoWindow.h"
@@ -319,28 +319,13 @@ private:
     std::atomic<long long> m_viewStart{-1};
 };
 
-struct Delivery {
-    TTML::CSubtitleInfo* pInfo = nullptr;
-};
-
-void OnParsed_Cb(int msgId, void* data)
-{
-    if (msgId != 0 || !data)
-        return;
-    auto* pData = static_cast<TTML::ParserCallbackData*>(data);
-    auto* pDelivery = static_cast<Delivery*>(pData->pUserData);
-    delete pDelivery->pInfo;
-    pDelivery->pInfo = pData->pSubtitleInfo;
-}
-
 // The media times at which the documents of the feed change the picture,
 // through the same parser the module runs. Runs before the module is loaded.
 std::vector<long long> ChangeTimes(const TTML::CSourceFeed& feed)
 {
     std::set<long long> times;
-    Delivery delivery;
-    TTML::CParser parser;
-    if (!parser.Initialize(feed.GetMode(), &OnParsed_Cb, &delivery))
+    TTML::CDocumentParser parser;
+    if (!parser.Initialize(feed.GetMode()))
         return {};
     for (const auto& item : feed.Items()) {
         if (item.msgId != TTML::TTML_SOURCE_MSG_XML_DATA)
@@ -353,17 +338,16 @@ std::vector<long long> ChangeTimes(const TTML::CSourceFeed& feed)
         pRecord->url = item.url;
         pRecord->xmlData = item.xmlData;
         pRecord->subSampleData = item.subSampleData;
-        if (parser.ProcessRecord(pRecord) != 0 || !delivery.pInfo)
+        if (parser.Parse(pRecord) != 0 || !parser.GetSubtitleInfo())
             continue;
         std::set<TTML::CSubtitleInfo::TimeInterval> keys;
-        delivery.pInfo->GetUniqueKeys(keys);
+        parser.GetSubtitleInfo()->GetUniqueKeys(keys);
         // Document time is media time plus the time stamp.
         for (const auto& key : keys) {
             times.insert(static_cast<long long>(key.first) - item.timeStamp);
             times.insert(static_cast<long long>(key.second) - item.timeStamp);
         }
-        delete delivery.pInfo;
-        delivery.pInfo = nullptr;
+        parser.Reset();
     }
     parser.Destroy();
     return std::vector<long long>(times.begin(), times.end());

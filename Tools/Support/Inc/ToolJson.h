@@ -1,0 +1,12 @@
+// JSON output helpers of the command-line tools (their --json lines).
+#pragma once
+
+#include <ostream>
+#include <string>
+
+namespace TTML {
+
+// Writes s as a quoted JSON string, control characters escaped.
+void JsonString(std::ostream& os, const std::string& s);
+
+}  // namespace TTML
