@@ -2,10 +2,15 @@
 #define INTERTITLE_TESTS_ENGINE_DOCUMENTLEDGER_H
 
 #include "CElement.h"
+#include "CSubtitleInfo.h"
+#include "TTMLAttr.h"
 #include "TTMLElem.h"
 
 #include <cstddef>
+#include <memory>
 #include <mutex>
+#include <string>
+#include <utility>
 #include <vector>
 
 // How often each document was deleted, by document number. Any thread.
@@ -44,5 +49,29 @@ private:
     DocumentLedger* m_pLedger;
     int m_id;
 };
+
+typedef std::pair<unsigned long long, unsigned long long> Span;
+
+// A document the ledger follows: one paragraph per span, its text the span's
+// begin; spans that do not overlap become intervals of their own, so the
+// text drawn names the interval.
+inline TTML::CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spans,
+                                         long long timeStamp = 0)
+{
+    using namespace TTML;
+    CSubtitleInfo* pInfo = new CSubtitleInfo();
+    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(&ledger, ledger.Open());
+    pInfo->AddElement(0, 0, sentinel);
+    for (const Span& span : spans) {
+        CElementSPTR p = std::make_shared<CElement>(ELEM_P);
+        p->AddAttrValue(ATTR_BEGIN, std::to_string(span.first));
+        p->AddAttrValue(ATTR_END, std::to_string(span.second));
+        p->AddAttrValue(ATTR_TEXT, std::to_string(span.first));
+        pInfo->AddElement(span.first, span.second, p);
+    }
+    pInfo->SetTimeStamp(timeStamp);
+    pInfo->SplitSubtitleInfoData();
+    return pInfo;
+}
 
 #endif

@@ -31,27 +31,6 @@ using namespace TTML;
 
 namespace {
 
-typedef std::pair<unsigned long long, unsigned long long> Span;
-
-// One paragraph per span, its text the span's begin; spans that do not
-// overlap become intervals of their own, so the text drawn names the interval.
-CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
-{
-    CSubtitleInfo* pInfo = new CSubtitleInfo();
-    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(&ledger, ledger.Open());
-    pInfo->AddElement(0, 0, sentinel);
-    for (const Span& span : spans) {
-        CElementSPTR p = std::make_shared<CElement>(ELEM_P);
-        p->AddAttrValue(ATTR_BEGIN, std::to_string(span.first));
-        p->AddAttrValue(ATTR_END, std::to_string(span.second));
-        p->AddAttrValue(ATTR_TEXT, std::to_string(span.first));
-        pInfo->AddElement(span.first, span.second, p);
-    }
-    pInfo->SetTimeStamp(timeStamp);
-    pInfo->SplitSubtitleInfoData();
-    return pInfo;
-}
-
 // Also stamps each draw and removal with the media time it happened at.
 class MediaRecorder : public DrawRecorder {
 public:

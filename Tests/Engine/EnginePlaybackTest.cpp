@@ -27,24 +27,6 @@ using namespace TTML;
 
 namespace {
 
-typedef std::pair<unsigned long long, unsigned long long> Span;
-
-CSubtitleInfo* MakeDocument(DocumentLedger& ledger, const std::vector<Span>& spans, long long timeStamp = 0)
-{
-    CSubtitleInfo* pInfo = new CSubtitleInfo();
-    CElementSPTR sentinel = std::make_shared<DocumentSentinel>(&ledger, ledger.Open());
-    pInfo->AddElement(0, 0, sentinel);
-    for (const Span& span : spans) {
-        CElementSPTR p = std::make_shared<CElement>(ELEM_P);
-        p->AddAttrValue(ATTR_BEGIN, std::to_string(span.first));
-        p->AddAttrValue(ATTR_END, std::to_string(span.second));
-        pInfo->AddElement(span.first, span.second, p);
-    }
-    pInfo->SetTimeStamp(timeStamp);
-    pInfo->SplitSubtitleInfoData();
-    return pInfo;
-}
-
 class EnginePlayback : public MainLoopTest {
 public:
     void SetUp() override
