@@ -1,6 +1,8 @@
 #ifndef TTML_SOURCE_SUBRAWDATA_H
 #define TTML_SOURCE_SUBRAWDATA_H
 
+#include "TTMLTypes.h"
+
 #include <string>
 
 namespace TTML {
@@ -9,7 +11,7 @@ namespace TTML {
 // new; whoever ends up holding it (controller or parser) deletes it.
 struct SubRawData {
     int type = 0;                        // source-private kind; the core does not read it
-    int profile = -1;                    // from the transport: -1 none, 0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D
+    int profile = TTML_PROFILE_NONE;     // from the transport (TTMLProfile)
     long long timeStamp = 0;             // ms added to the media time when timing
     unsigned long long segmentBegin = 0; // ms; in-band segment bounds
     unsigned long long segmentEnd = 0;   // ms

@@ -11,6 +11,7 @@
 #include "StartNotifyData.h"
 #include "SubRawData.h"
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 
 #include <new>
 
@@ -364,7 +365,7 @@ void CController::m_Show(void* pData)
         ITTMLSource* pSource = pCore->m_GetSource();
         if (pSource)
             // Division only for sources whose mode carries bit value 8.
-            pMenu->SetCaptionDivisionMode(!(pSource->GetSubtitleMode() & 8));
+            pMenu->SetCaptionDivisionMode(!(pSource->GetSubtitleMode() & SUBTITLE_MODE_IMSC1_DEFAULT));
         else
             TTML_WARN("pSource is null");
     } else {

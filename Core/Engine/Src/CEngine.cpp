@@ -11,6 +11,7 @@
 #include "SubtitleRenderingInfo.h"
 #include "TCallback.h"
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 
 #include <new>
 #include <set>
@@ -31,8 +32,8 @@ enum MainLoopMessage {
     MSG_LAST = MSG_UPDATE_CURRENT_SUBTITLE
 };
 
-const int kFontScaleBit = 2;
-const int kResyncBit = 64;
+const int kFontScaleBit = SUBTITLE_MODE_FONT_SCALE;
+const int kResyncBit = SUBTITLE_MODE_RESYNC;
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include "CTVService.h"
 #include "TCServiceUtility.h"
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 #include "TVServiceAPI.h"
 
 #include <vconf.h>
@@ -50,8 +51,6 @@ const char* const kKeySignLang = "memory/menu/system/accessibility/signlanguage"
 
 // Service information key of the current service's identifier.
 const int kServiceIdInfo = 12;
-// Caption language selection needs this bit of the source's subtitle mode.
-const int kCaptionModeBit = 8;
 
 }  // namespace
 
@@ -409,7 +408,7 @@ unsigned long long CTTMLMenu::m_GetServiceInfo(int infoKey)
 
 void CTTMLMenu::SetLangInMenu(int sourceMode)
 {
-    if (!(sourceMode & kCaptionModeBit)) {
+    if (!(sourceMode & SUBTITLE_MODE_IMSC1_DEFAULT)) {
         TTML_WARN("Caption Mode is not supported = [%d]", sourceMode);
         return;
     }

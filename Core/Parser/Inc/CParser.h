@@ -2,6 +2,7 @@
 #define TTML_PARSER_CPARSER_H
 
 #include "CTask.h"
+#include "TTMLTypes.h"
 
 #include <atomic>
 #include <list>
@@ -29,7 +30,7 @@ struct ParserCallbackData {
 // CSubtitleInfo through the profile the document resolves to, and hands the
 // document to the callback on the parser thread.
 //
-// Profile numbers: -1 none, 0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D.
+// Profile numbers: TTMLProfile.
 // Owns the XML reader and one cached profile object per number, each created
 // on first use and kept until Destroy.
 //
@@ -88,14 +89,13 @@ private:
     int m_GetProfileFromDOM();
     void m_CleanUp();
 
-    static const int kProfileCount = 3;
 
     bool m_bInitialized;
     int m_subtitleMode;
     IXmlParser* m_pXmlParser;                // owned
     // Owned, indexed by profile number. Atomic because OnErrorDownloadableFonts
     // reads the cache on the source's thread while the parser thread fills it.
-    std::atomic<CProfile*> m_pProfiles[kProfileCount];
+    std::atomic<CProfile*> m_pProfiles[TTML_PROFILE_COUNT];
     ParserCallbackFuncType m_pUserCbFn;
     void* m_pUserData;                       // not owned
 };

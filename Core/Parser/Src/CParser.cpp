@@ -9,7 +9,9 @@
 #include "SubRawData.h"
 #include "TCallback.h"
 #include "TTMLAttr.h"
+#include "TTMLElem.h"
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 #include "Util.h"
 
 #include <climits>
@@ -18,12 +20,6 @@
 namespace TTML {
 
 namespace {
-
-const char kEbuDesignator[] = "urn:ebu:tt:distribution";
-const char kImscImageDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
-const char kImscTextDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/text";
-
-const int kSubtitleModeImscDefault = 8;
 
 // Queued by Reset ahead of the task's own marker: the reader's clean-up runs
 // on the parser thread, never beside a document another thread just posted.
@@ -150,7 +146,7 @@ void CParser::m_ProcessQueueData(void* pData)
 int CParser::ProcessRecord(SubRawData* pSubRawData, int* pResolvedProfile)
 {
     if (pResolvedProfile)
-        *pResolvedProfile = -1;
+        *pResolvedProfile = TTML_PROFILE_NONE;
     if (!pSubRawData) {
         TTML_WARN("pSubRawData is NULL");
         return ERR_NULL_POINTER;
@@ -233,7 +229,7 @@ CProfile* CParser::m_GetParsingProfile(int transportProfile, int* pResolvedProfi
         *pResolvedProfile = number;
 
     // Resolution only yields 0..2; anything else would be walked as EBU-TT-D.
-    int index = (number >= 0 && number < kProfileCount) ? number : 2;
+    int index = (number >= 0 && number < TTML_PROFILE_COUNT) ? number : TTML_PROFILE_EBUTTD;
     CProfile* pParsingProfile = m_pProfiles[index].load();
     if (pParsingProfile)
         return pParsingProfile;
@@ -250,9 +246,9 @@ CProfile* CParser::m_GetParsingProfile(int transportProfile, int* pResolvedProfi
 CProfile* CParser::m_CreateProfile(int number)
 {
     CProfile* pParsingProfile = nullptr;
-    if (number == 0)
+    if (number == TTML_PROFILE_IMSC1_TEXT)
         pParsingProfile = new (std::nothrow) CIMSCProfile();
-    else if (number == 1)
+    else if (number == TTML_PROFILE_IMSC1_IMAGE)
         pParsingProfile = new (std::nothrow) CIMSC1ImageProfile();
     else
         pParsingProfile = new (std::nothrow) CEBUProfile();
@@ -264,12 +260,12 @@ int CParser::m_ResolveTTMLProfile(int transportProfile)
 {
     // The image profile needs the sub-sample data the transport announced,
     // whatever the document claims.
-    if (transportProfile == 1)
-        return 1;
+    if (transportProfile == TTML_PROFILE_IMSC1_IMAGE)
+        return TTML_PROFILE_IMSC1_IMAGE;
 
     int profileInXml = m_GetProfileFromDOM();
-    if (profileInXml != -1) {
-        if (transportProfile != -1 && transportProfile != profileInXml) {
+    if (profileInXml != TTML_PROFILE_NONE) {
+        if (transportProfile != TTML_PROFILE_NONE && transportProfile != profileInXml) {
             TTML_WARN("Different profile specified in XML and TS Descriptor/Mpd. profile=%d, profileInXml=%d",
                       transportProfile, profileInXml);
         }
@@ -277,12 +273,12 @@ int CParser::m_ResolveTTMLProfile(int transportProfile)
         return profileInXml;
     }
 
-    if (static_cast<unsigned>(transportProfile) <= 2) {
+    if (static_cast<unsigned>(transportProfile) <= TTML_PROFILE_EBUTTD) {
         TTML_INFO("Using profile given in TS/Mpd: %d", transportProfile);
         return transportProfile;
     }
 
-    int defaultProfile = (m_subtitleMode & kSubtitleModeImscDefault) ? 0 : 2;
+    int defaultProfile = (m_subtitleMode & SUBTITLE_MODE_IMSC1_DEFAULT) ? TTML_PROFILE_IMSC1_TEXT : TTML_PROFILE_EBUTTD;
     TTML_INFO("Using default profile as %d in subtitle mode=%d", defaultProfile, m_subtitleMode);
     return defaultProfile;
 }
@@ -291,23 +287,23 @@ int CParser::m_GetProfileFromDOM()
 {
     if (!m_pXmlParser) {
         TTML_WARN("NULL pointer found");
-        return -1;
+        return TTML_PROFILE_NONE;
     }
     XMLNODEPTR pRoot = m_pXmlParser->GetRootElement();
     if (!pRoot) {
         TTML_WARN("Root element not found");
-        return -1;
+        return TTML_PROFILE_NONE;
     }
 
     std::string value;
     std::string attrName = kTTMLAttrKeys[ATTR_PROFILE];
     if (!m_pXmlParser->GetAttrValue(pRoot, attrName, value)) {
-        XMLNODEPTR pHead = m_pXmlParser->GetChildNodeByName(pRoot, "head");
+        XMLNODEPTR pHead = m_pXmlParser->GetChildNodeByName(pRoot, kTTMLElemNames[ELEM_HEAD]);
         XMLNODEPTR pProfile = m_pXmlParser->GetChildNodeByName(pHead, "profile");
         std::string useName = "use";
         if (!pProfile || !m_pXmlParser->GetAttrValue(pProfile, useName, value)) {
-            XMLNODEPTR pMetadata = m_pXmlParser->GetChildNodeByName(pHead, "metadata");
-            XMLNODEPTR pDocMetadata = m_pXmlParser->GetChildNodeByName(pMetadata, "documentmetadata");
+            XMLNODEPTR pMetadata = m_pXmlParser->GetChildNodeByName(pHead, kTTMLElemNames[ELEM_METADATA]);
+            XMLNODEPTR pDocMetadata = m_pXmlParser->GetChildNodeByName(pMetadata, kTTMLElemNames[ELEM_DOCUMENTMETADATA]);
             // The last declaration wins when several are given.
             XMLNODEPTR pConforms = nullptr;
             for (XMLNODEPTR p = m_pXmlParser->GetChildElementList(pDocMetadata); p;
@@ -322,14 +318,14 @@ int CParser::m_GetProfileFromDOM()
     }
     TTML_INFO("Profile found in xml=[%s]", value.c_str());
 
-    if (value.find(kEbuDesignator) != std::string::npos)
-        return 2;
-    if (value == kImscImageDesignator)
-        return 1;
-    if (value == kImscTextDesignator)
-        return 0;
+    if (value.find(kEbuTtdDesignator) != std::string::npos)
+        return TTML_PROFILE_EBUTTD;
+    if (value == kImsc1ImageDesignator)
+        return TTML_PROFILE_IMSC1_IMAGE;
+    if (value == kImsc1TextDesignator)
+        return TTML_PROFILE_IMSC1_TEXT;
     TTML_WARN("Un-recognized profile in subtitle data!");
-    return -1;
+    return TTML_PROFILE_NONE;
 }
 
 void CParser::m_CleanUp()

@@ -4,6 +4,7 @@
 #include "CAttrMap.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
+#include "TTMLTypes.h"
 
 #include <bitset>
 #include <list>
@@ -118,7 +119,7 @@ private:
     std::vector<std::bitset<TTML_ELEM_COUNT>> m_appliesTo;
     CAttrMap m_defaultValues;
     std::bitset<TTML_ATTR_COUNT> m_inheritable;
-    int m_profile = -1;
+    int m_profile = TTML_PROFILE_NONE;
     std::list<std::string> m_downloadableFonts;
     CSubtitleInfo* m_pSubtitleInfo = nullptr;
     IMutex* m_pFontsMutex = nullptr;

@@ -3,6 +3,7 @@
 
 #include "CElement.h"
 #include "IXmlParser.h"
+#include "TTMLTypes.h"
 
 #include <list>
 #include <string>
@@ -30,7 +31,7 @@ struct SubRawData;
 class CProfile {
 private:
     bool m_bInitialized = false;
-    int m_profile = -1;
+    int m_profile = TTML_PROFILE_NONE;
 
 public:
     // What the parser hands a profile for one document; nothing is owned.

@@ -33,6 +33,15 @@ enum TTMLElem {
 // Number of known element types (the columns of the applies-to table).
 constexpr int TTML_ELEM_COUNT = ELEM_SET + 1;
 
+// The names as documents write them, indexed by TTMLElem; the walker
+// matches them without regard to case.
+inline constexpr const char* kTTMLElemNames[TTML_ELEM_COUNT] = {
+    "actor",   "agent", "body", "br",  "copyright", "desc", "div", "documentEbuttVersion", "documentMetadata", "head",
+    "layout",  "metadata", "name", "p", "region",   "span", "style", "styling",            "title",            "tt",
+    "set",
+};
+static_assert(kTTMLElemNames[ELEM_SET] != nullptr, "one name per element type");
+
 }  // namespace TTML
 
 #endif

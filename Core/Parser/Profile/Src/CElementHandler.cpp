@@ -5,43 +5,14 @@
 
 namespace TTML {
 
-namespace {
-
-struct ElemName {
-    const char* name;
-    TTMLElem type;
-};
-
-const ElemName kElemNames[] = {
-    {"actor", ELEM_ACTOR},
-    {"agent", ELEM_AGENT},
-    {"body", ELEM_BODY},
-    {"br", ELEM_BR},
-    {"copyright", ELEM_COPYRIGHT},
-    {"desc", ELEM_DESC},
-    {"div", ELEM_DIV},
-    {"documentebuttversion", ELEM_DOCUMENTEBUTTVERSION},
-    {"documentmetadata", ELEM_DOCUMENTMETADATA},
-    {"head", ELEM_HEAD},
-    {"layout", ELEM_LAYOUT},
-    {"metadata", ELEM_METADATA},
-    {"name", ELEM_NAME},
-    {"p", ELEM_P},
-    {"region", ELEM_REGION},
-    {"span", ELEM_SPAN},
-    {"style", ELEM_STYLE},
-    {"styling", ELEM_STYLING},
-    {"title", ELEM_TITLE},
-    {"tt", ELEM_TT},
-    {"set", ELEM_SET},
-};
-
-}  // namespace
-
 CElementHandler::CElementHandler()
 {
-    for (const auto& e : kElemNames)
-        m_elemMap.emplace(e.name, e.type);
+    // Keys are lower case: lookups fold the name first.
+    for (int type = 0; type < TTML_ELEM_COUNT; ++type) {
+        std::string key = kTTMLElemNames[type];
+        StrToLower(key);
+        m_elemMap.emplace(key, type);
+    }
 }
 
 int CElementHandler::ToElemEnum(const std::string& name) const

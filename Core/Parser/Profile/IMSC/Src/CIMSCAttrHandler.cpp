@@ -1,6 +1,7 @@
 #include "CIMSCAttrHandler.h"
 
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 #include "Util.h"
 
 #include <boost/regex.hpp>
@@ -12,8 +13,6 @@
 namespace TTML {
 
 namespace {
-
-constexpr int kImageProfile = 1;
 
 template <size_t N>
 int LowerKeyword(std::string& value, const char* const (&words)[N])
@@ -387,7 +386,7 @@ int CIMSCAttrHandler::m_ValidateExtent(std::string& value)
     }
     // Images are authored for a pixel raster; a relative size cannot be
     // honoured without scaling them.
-    const bool imageProfile = GetProfile() == kImageProfile;
+    const bool imageProfile = GetProfile() == TTML_PROFILE_IMSC1_IMAGE;
     for (const std::string& unit : units) {
         if (unit != "px" && (imageProfile || unit != "%"))
             return ERR_IGNORE;
@@ -568,7 +567,7 @@ int CIMSCAttrHandler::m_ValidateWrapOption(std::string& value)
 
 int CIMSCAttrHandler::m_ValidateWritingMode(std::string& value)
 {
-    if (GetProfile() == kImageProfile) {
+    if (GetProfile() == TTML_PROFILE_IMSC1_IMAGE) {
         // Subtitle images are laid out horizontally only.
         static const char* const kWords[] = {"lrtb", "rltb", "lr", "rl"};
         return LowerKeyword(value, kWords);
