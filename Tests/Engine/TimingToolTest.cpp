@@ -2,7 +2,7 @@
 // distribution and its counts. Their values are not judged here: on a busy
 // machine intervals may be missed, and tests do not time.
 
-#include "ShellRun.h"
+#include "ToolRefusal.h"
 
 #include <gtest/gtest.h>
 
@@ -34,13 +34,15 @@ TEST(TimingTool, QuickRunPrintsTheDistribution)
     }
 }
 
-TEST(TimingTool, RefusesABadLength)
-{
-    for (const char* args : {"--seconds 2", "--seconds x", "--seconds", "--bogus"}) {
-        ShellRun run = Shell(std::string("'") + INTERTITLE_TTML_TIMING + "' " + args + " 2>/dev/null");
-        EXPECT_EQ(2, run.status) << args;
-    }
-}
+const std::string kRun = std::string("'") + INTERTITLE_TTML_TIMING + "' ";
+
+INSTANTIATE_TEST_SUITE_P(Timing, ToolRefusal,
+                         ::testing::Values(ToolCase{"Help", kRun + "--help", 0, ""},
+                                           ToolCase{"TooShort", kRun + "--seconds 2", 2, "--seconds takes"},
+                                           ToolCase{"NotANumber", kRun + "--seconds x", 2, "--seconds takes"},
+                                           ToolCase{"NoLength", kRun + "--seconds", 2, "--seconds takes"},
+                                           ToolCase{"UnknownOption", kRun + "--bogus", 2, "unknown option --bogus"}),
+                         ToolCaseName);
 
 #endif
 

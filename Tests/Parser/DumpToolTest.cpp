@@ -2,7 +2,7 @@
 // field by field after Python's json module has read it (so it must be valid
 // JSON), and the exit status and reasons of a refused document.
 
-#include "ShellRun.h"
+#include "ToolRefusal.h"
 
 #include <gtest/gtest.h>
 
@@ -251,6 +251,19 @@ TEST(DumpTool, BackgroundImagesBesideTheDocument)
     EXPECT_NE(text.out.find("    image good.png: 160x120\n"), std::string::npos) << text.out;
     EXPECT_NE(text.out.find("    image gone.png: not decoded\n"), std::string::npos) << text.out;
 }
+
+const std::string kRun = "'" + kTool + "' ";
+
+INSTANTIATE_TEST_SUITE_P(
+    Dump, ToolRefusal,
+    ::testing::Values(ToolCase{"Help", kRun + "--help", 0, ""},
+                      ToolCase{"FolderAsFile", kRun + "'" + INTERTITLE_SOURCE_DIR + "/samples'", 1, "samples: is a folder"},
+                      ToolCase{"MissingFile", kRun + "/nonexistent.xml", 1, "/nonexistent.xml: No such file"},
+                      ToolCase{"ProfileOutOfRange", kRun + "--profile 3 '" + kSample + "'", 2, "--profile takes -1,"},
+                      ToolCase{"ModeOutOfRange", kRun + "--mode -1 '" + kSample + "'", 2, "--mode takes a bit set"},
+                      ToolCase{"UnknownOption", kRun + "--bogus '" + kSample + "'", 2, "unknown option --bogus"},
+                      ToolCase{"NoFile", kRun + "--json", 2, "no FILE"}),
+    ToolCaseName);
 
 #endif
 

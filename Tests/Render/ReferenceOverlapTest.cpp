@@ -7,7 +7,7 @@
 // prints how many samples agree.
 
 #include "RenderFixture.h"
-#include "ToolFile.h"
+#include "CSourceFeed.h"
 
 #include <dirent.h>
 #include <unistd.h>
@@ -107,7 +107,7 @@ public:
     Rect Ours(const Sample& s, bool& refused)
     {
         std::string xml;
-        refused = !ReadWholeFile(s.document, xml);
+        refused = !CSourceFeed::ReadFile(s.document, xml);
         std::vector<std::string> files;
         const std::string dir = s.document.substr(0, s.document.rfind('/') + 1);
         for (const std::string& name : List(dir))
@@ -229,7 +229,7 @@ TEST_F(ReferenceOverlap, IrtEbuTtDSamples)
     // The N-th distinct begin of each document.
     for (Sample& s : samples) {
         std::string xml;
-        ReadWholeFile(s.document, xml);
+        CSourceFeed::ReadFile(s.document, xml);
         TTML::CSubtitleInfo* pInfo = Parse(xml, -1, {}, false);
         std::set<CSubtitleInfo::TimeInterval> keys;
         if (pInfo)

@@ -3,7 +3,7 @@
 // TV service's video window (shared with the module) behind the subtitle.
 
 #include "CHeadlessCanvas.h"
-#include "ShellRun.h"
+#include "ToolRefusal.h"
 
 #include <Evas.h>
 #include <gtest/gtest.h>
@@ -156,5 +156,16 @@ INSTANTIATE_TEST_SUITE_P(
                                "0:set:db/menu/caption/captiondivisionmode=1",
                                {192, 767, 1728, 983}, 0x282828}),
     [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
+
+const std::string kHost = std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " ";
+
+INSTANTIATE_TEST_SUITE_P(
+    UgHost, ToolRefusal,
+    ::testing::Values(ToolCase{"Help", kHost + "--help", 0, ""},
+                      ToolCase{"ScriptIsAFolder", kHost + "--script /tmp", 2, "cannot read /tmp: is a folder"},
+                      ToolCase{"MissingFeed", kHost + "--feed /nonexistent.feed", 1, "/nonexistent.feed: No such"},
+                      ToolCase{"UntilNotATime", kHost + "--until soon", 2, "--until takes a time in ms"},
+                      ToolCase{"NotACommand", kHost + "100:explode", 2, "not a command: 100:explode"}),
+    ToolCaseName);
 
 }  // namespace

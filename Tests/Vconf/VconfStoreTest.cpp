@@ -1,6 +1,6 @@
 // The key store: defaults, refusals, atomic writes, and changes made by
 // another process reaching watchers on the main loop.
-#include "ShellRun.h"
+#include "ToolRefusal.h"
 
 #include <Ecore.h>
 #include <gtest/gtest.h>
@@ -215,5 +215,13 @@ TEST_P(Watch, ChangesByAnotherProcessReachOnlyTheirCallbacksOnTheMainLoop)
 INSTANTIATE_TEST_SUITE_P(Vconf, Watch,
                          ::testing::Values(WatchCase{"FromTheMainLoop", false}, WatchCase{"FromAnotherThread", true}),
                          [](const auto& info) { return std::string(info.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Vconftool, ToolRefusal,
+    ::testing::Values(ToolCase{"Help", Tool("--help"), 0, ""}, ToolCase{"NoCommand", kTool, 2, "no command"},
+                      ToolCase{"UnknownCommand", Tool("remove x"), 2, "unknown command remove"},
+                      ToolCase{"SetBadType", Tool("set -t string a/b 1"), 2, "set -t takes int or bool"},
+                      ToolCase{"SetNotAnInt", Tool("set -t int a/b 1x"), 2, "not an int: 1x"}),
+    ToolCaseName);
 
 }  // namespace

@@ -3,8 +3,9 @@
 //
 //   ttml-dump [--profile N] [--mode M] [--timestamp MS] [--segment BEGIN,END] [--json] FILE...
 //
-// Exit status 0 when every file was accepted, 1 when any was refused or
-// unreadable, 2 for a usage error. With --json, one JSON object per file, one
+// Exit status 0 when every file was accepted (or after --help), 1 when any
+// was refused or unreadable (a folder, a missing file: said why), 2 for a
+// usage error (an unknown option, a value out of range, no FILE). With --json, one JSON object per file, one
 // object per line (JSON Lines). The log filter defaults to "none" here; the
 // warnings of a refused document are printed as its reasons instead.
 //
@@ -17,6 +18,7 @@
 
 #include "CDocumentParser.h"
 #include "CElement.h"
+#include "CToolArgs.h"
 #include "CImageData.h"
 #include "CSubSampleImageUtil.h"
 #include "CSubtitleInfo.h"
@@ -29,8 +31,7 @@
 
 #include <dlog.h>
 
-#include <cerrno>
-#include <cinttypes>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <list>
@@ -46,7 +47,7 @@ using TTML::CSubtitleInfo;
 using TTML::JsonString;
 
 struct Options {
-    int profile = -1;
+    int profile = TTML::TTML_PROFILE_NONE;
     int mode = 1;
     long long timeStamp = 0;
     unsigned long long segmentBegin = 0;
@@ -55,27 +56,17 @@ struct Options {
     std::vector<std::string> files;
 };
 
-// Indexed by TTMLElem; the names as written in documents.
-const char* const kElemNames[TTML::TTML_ELEM_COUNT] = {
-    "actor", "agent",    "body",  "br",     "copyright", "desc",    "div",
-    "documentEbuttVersion", "documentMetadata", "head", "layout", "metadata",
-    "name",  "p",        "region", "span",  "style",     "styling", "title",
-    "tt",    "set",
-};
-
-const char kImageDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
-
 const char* ElemName(int type)
 {
-    return (type >= 0 && type < TTML::TTML_ELEM_COUNT) ? kElemNames[type] : "unknown";
+    return (type >= 0 && type < TTML::TTML_ELEM_COUNT) ? TTML::kTTMLElemNames[type] : "unknown";
 }
 
 const char* ProfileName(int number)
 {
     switch (number) {
-    case 0: return "IMSC 1 text";
-    case 1: return "IMSC 1 image";
-    case 2: return "EBU-TT-D";
+    case TTML::TTML_PROFILE_IMSC1_TEXT: return "IMSC 1 text";
+    case TTML::TTML_PROFILE_IMSC1_IMAGE: return "IMSC 1 image";
+    case TTML::TTML_PROFILE_EBUTTD: return "EBU-TT-D";
     default: return "none";
     }
 }
@@ -94,97 +85,47 @@ const char* ResultName(int code)
     }
 }
 
-void Usage(FILE* out)
-{
-    std::fprintf(out,
-                 "usage: ttml-dump [--profile N] [--mode M] [--timestamp MS] [--segment BEGIN,END] [--json] FILE...\n"
-                 "  --profile N     transport profile: -1 none (default; 1 for documents declaring IMSC 1 image),\n"
-                 "                  0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D\n"
-                 "  --mode M        subtitle mode bit set (default 1; 8 makes IMSC 1 text the default profile)\n"
-                 "  --timestamp MS  time stamp handed with the document\n"
-                 "  --segment B,E   segment begin and end in ms (begins are raised to B)\n"
-                 "  --json          one JSON object per file, one per line\n");
-}
+const char kUsage[] =
+    "usage: ttml-dump [--profile N] [--mode M] [--timestamp MS] [--segment BEGIN,END] [--json] FILE...\n"
+    "  --profile N     transport profile: -1 none (default; 1 for documents declaring IMSC 1 image),\n"
+    "                  0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D\n"
+    "  --mode M        subtitle mode bit set (default 1; 8 makes IMSC 1 text the default profile)\n"
+    "  --timestamp MS  time stamp handed with the document\n"
+    "  --segment B,E   segment begin and end in ms (begins are raised to B)\n"
+    "  --json          one JSON object per file, one per line\n";
 
-bool ParseLongLong(const char* text, long long& out)
-{
-    errno = 0;
-    char* end = nullptr;
-    long long v = std::strtoll(text, &end, 10);
-    if (errno != 0 || end == text || *end != '\0')
-        return false;
-    out = v;
-    return true;
-}
-
-bool ParseUnsigned(const std::string& text, unsigned long long& out)
-{
-    if (text.empty() || text[0] == '-')
-        return false;
-    errno = 0;
-    char* end = nullptr;
-    unsigned long long v = std::strtoull(text.c_str(), &end, 10);
-    if (errno != 0 || *end != '\0')
-        return false;
-    out = v;
-    return true;
-}
-
-// 0 to run, 2 for a usage error, -1 after --help.
+// CToolArgs::kRun to run, otherwise the exit status.
 int ParseArgs(int argc, char** argv, Options& opt)
 {
-    for (int i = 1; i < argc; ++i) {
-        std::string arg = argv[i];
-        auto value = [&](const char*& out) {
-            if (i + 1 >= argc)
-                return false;
-            out = argv[++i];
-            return true;
-        };
-        const char* v = nullptr;
-        long long n = 0;
-        if (arg == "--json") {
+    TTML::CToolArgs args("ttml-dump", kUsage, argc, argv);
+    while (args.Next()) {
+        std::string v;
+        if (args.Is("--json")) {
             opt.json = true;
-        } else if (arg == "--help" || arg == "-h") {
-            Usage(stdout);
-            return -1;
-        } else if (arg == "--profile" || arg == "--mode" || arg == "--timestamp") {
-            if (!value(v) || !ParseLongLong(v, n)) {
-                std::fprintf(stderr, "ttml-dump: %s needs an integer\n", arg.c_str());
-                return 2;
-            }
-            if (arg == "--timestamp")
-                opt.timeStamp = n;
-            else if (n < INT32_MIN || n > INT32_MAX)
-                return std::fprintf(stderr, "ttml-dump: %s out of range\n", arg.c_str()), 2;
-            else if (arg == "--profile")
-                opt.profile = static_cast<int>(n);
-            else
-                opt.mode = static_cast<int>(n);
-        } else if (arg == "--segment") {
-            std::string s;
-            size_t comma = std::string::npos;
-            if (value(v)) {
-                s = v;
-                comma = s.find(',');
-            }
-            if (comma == std::string::npos || !ParseUnsigned(s.substr(0, comma), opt.segmentBegin) ||
-                !ParseUnsigned(s.substr(comma + 1), opt.segmentEnd)) {
-                std::fprintf(stderr, "ttml-dump: --segment needs BEGIN,END in ms\n");
-                return 2;
-            }
-        } else if (arg.size() > 1 && arg[0] == '-') {
-            std::fprintf(stderr, "ttml-dump: unknown option %s\n", arg.c_str());
-            return 2;
+        } else if (args.IsHelp()) {
+            return args.Help();
+        } else if (args.Is("--profile") || args.Is("--mode")) {
+            if (const int rc = args.ProfileOrMode(opt.profile, opt.mode); rc != TTML::CToolArgs::kRun)
+                return rc;
+        } else if (args.Is("--timestamp")) {
+            if (!args.Number(LLONG_MIN, LLONG_MAX, opt.timeStamp))
+                return args.Fail("--timestamp takes a whole number of ms");
+        } else if (args.Is("--segment")) {
+            long long begin = 0;
+            long long end = 0;
+            const size_t comma = args.Value(v) ? v.find(',') : std::string::npos;
+            if (comma == std::string::npos || !TTML::ParseWholeNumber(v.substr(0, comma), 0, LLONG_MAX, begin) ||
+                !TTML::ParseWholeNumber(v.substr(comma + 1), 0, LLONG_MAX, end))
+                return args.Fail("--segment takes BEGIN,END in ms");
+            opt.segmentBegin = static_cast<unsigned long long>(begin);
+            opt.segmentEnd = static_cast<unsigned long long>(end);
+        } else if (args.IsOption()) {
+            return args.Unknown();
         } else {
-            opt.files.push_back(arg);
+            opt.files.push_back(args.Arg());
         }
     }
-    if (opt.files.empty()) {
-        Usage(stderr);
-        return 2;
-    }
-    return 0;
+    return opt.files.empty() ? args.Fail("no FILE") : args.Ready(true);
 }
 
 // One smpte:backgroundImage reference of the document and what it gave.
@@ -198,8 +139,9 @@ struct ImageResult {
 struct FileResult {
     std::string file;
     bool readable = false;
+    std::string unreadable;  // why the file could not be read
     int result = -1;
-    int profile = -1;
+    int profile = TTML::TTML_PROFILE_NONE;
     CSubtitleInfo* pInfo = nullptr;  // not owned
     std::vector<std::string> warnings;
     std::vector<ImageResult> images;
@@ -365,7 +307,7 @@ void PrintText(const FileResult& r, long long timeStamp)
     }
     if (!r.pInfo) {
         if (!r.readable) {
-            std::printf("refused: cannot read the file\n\n");
+            std::printf("refused: cannot read the file: %s\n\n", r.unreadable.c_str());
             return;
         }
         std::printf("profile: %d (%s)\n", r.profile, ProfileName(r.profile));
@@ -419,14 +361,8 @@ void PrintText(const FileResult& r, long long timeStamp)
 int main(int argc, char** argv)
 {
     Options opt;
-    int rc = ParseArgs(argc, argv, opt);
-    if (rc != 0)
-        return rc < 0 ? 0 : rc;
-
-    // Refusal reasons are printed by the tool itself; INTERTITLE_LOG still
-    // shows the log when set.
-    setenv("INTERTITLE_LOG", "none", 0);
-    dlog_reload_filter();
+    if (const int rc = ParseArgs(argc, argv, opt); rc != TTML::CToolArgs::kRun)
+        return rc;
 
     TTML::CDocumentParser parser;
     if (!parser.Initialize(opt.mode)) {
@@ -438,14 +374,14 @@ int main(int argc, char** argv)
     for (const auto& file : opt.files) {
         FileResult r;
         r.file = file;
-        TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(file, opt.profile);
+        TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(file, opt.profile, &r.unreadable);
         r.readable = pRecord != nullptr;
         if (r.readable) {
             pRecord->timeStamp = opt.timeStamp;
             pRecord->segmentBegin = opt.segmentBegin;
             pRecord->segmentEnd = opt.segmentEnd;
             // Only the image profile reads image references.
-            if (pRecord->profile == 1) {
+            if (pRecord->profile == TTML::TTML_PROFILE_IMSC1_IMAGE) {
                 std::vector<std::string> refs = TTML::BackgroundImages(pRecord->xmlData, true);
                 if (!refs.empty()) {
                     TTML::PackImages(file, refs, pRecord->subSampleData);
@@ -454,7 +390,7 @@ int main(int argc, char** argv)
             }
             r.result = parser.Parse(pRecord, &r.profile, &r.warnings);
         } else {
-            std::fprintf(stderr, "ttml-dump: cannot read %s\n", file.c_str());
+            std::fprintf(stderr, "ttml-dump: cannot read %s: %s\n", file.c_str(), r.unreadable.c_str());
         }
         r.pInfo = (r.readable && r.result == TTML::ERR_NONE) ? parser.GetSubtitleInfo() : nullptr;
         if (!r.pInfo)

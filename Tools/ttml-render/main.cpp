@@ -13,7 +13,7 @@
 // and their paragraphs (text, rectangle, font size, colours). Caption
 // settings come from the caption menu record, as on the TV, caption division
 // included: the backdrop is the video picture and shrinks with it.
-// Exit status: 0 drawn, 1 the document was refused (with the parser's
+// Exit status: 0 drawn (or --help), 1 the document was refused (with the parser's
 // reasons) or a picture could not be written, 2 usage error.
 
 #include "CDocumentParser.h"
@@ -23,6 +23,7 @@
 #include "CRenderer.h"
 #include "CSubtitleInfo.h"
 #include "CTTMLMenu.h"
+#include "CToolArgs.h"
 #include "CTextContext.h"
 #include "CTextSurface.h"
 #include "CVideoWindow.h"
@@ -32,6 +33,7 @@
 #include "TTMLAttr.h"
 #include "ToolImages.h"
 #include "ToolJson.h"
+#include "ToolSheet.h"
 
 #include <Ecore_Evas.h>
 #include <Evas.h>
@@ -40,7 +42,6 @@
 
 #include <boost/regex.hpp>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <list>
@@ -61,98 +62,70 @@ struct Options {
     std::vector<unsigned long long> times;  // empty: every interval's begin
     std::string out = ".";
     std::string background = "#808080";     // mid-grey: white text and black boxes both show
-    int profile = -1;
+    int profile = TTML::TTML_PROFILE_NONE;
     int mode = 1;
     bool sheet = false;
     bool json = false;
     std::string file;
 };
 
-const char kImageDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
+const char kUsage[] =
+    "usage: ttml-render [--size WxH] [--at MS[,MS...]] [--out DIR] [--background FILE.png|#rrggbb]\n"
+    "                   [--profile N] [--mode M] [--sheet] [--json] FILE\n";
 
-int Usage(const char* problem)
-{
-    if (problem)
-        std::fprintf(stderr, "ttml-render: %s\n", problem);
-    std::fprintf(stderr,
-                 "usage: ttml-render [--size WxH] [--at MS[,MS...]] [--out DIR] [--background FILE.png|#rrggbb]\n"
-                 "                   [--profile N] [--mode M] [--sheet] [--json] FILE\n");
-    return 2;
-}
-
-bool ParseNumber(const std::string& text, long long low, long long high, long long& out)
-{
-    if (text.empty())
-        return false;
-    char* rest = nullptr;
-    errno = 0;
-    long long value = std::strtoll(text.c_str(), &rest, 10);
-    if (errno || !rest || *rest || value < low || value > high)
-        return false;
-    out = value;
-    return true;
-}
-
+// CToolArgs::kRun to draw, otherwise the exit status.
 int ParseArgs(int argc, char** argv, Options& opt)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        auto value = [&](std::string& v) {
-            if (i + 1 >= argc)
-                return false;
-            v = argv[++i];
-            return true;
-        };
+    TTML::CToolArgs args("ttml-render", kUsage, argc, argv);
+    while (args.Next()) {
         std::string v;
         long long n = 0;
-        if (arg == "--size") {
-            const std::string::size_type x = value(v) ? v.find('x') : std::string::npos;
+        if (args.Is("--size")) {
+            const std::string::size_type x = args.Value(v) ? v.find('x') : std::string::npos;
             long long h = 0;
-            if (x == std::string::npos || !ParseNumber(v.substr(0, x), 16, 8192, n) ||
-                !ParseNumber(v.substr(x + 1), 16, 8192, h))
-                return Usage("--size takes WxH, each 16 to 8192");
+            if (x == std::string::npos || !TTML::ParseWholeNumber(v.substr(0, x), 16, 8192, n) ||
+                !TTML::ParseWholeNumber(v.substr(x + 1), 16, 8192, h))
+                return args.Fail("--size takes WxH, each 16 to 8192");
             opt.width = static_cast<int>(n);
             opt.height = static_cast<int>(h);
-        } else if (arg == "--at") {
-            if (!value(v))
-                return Usage("--at takes MS[,MS...]");
+        } else if (args.Is("--at")) {
+            if (!args.Value(v))
+                return args.Fail("--at takes MS[,MS...]");
             std::stringstream list(v);
             std::string item;
             while (std::getline(list, item, ',')) {
-                if (!ParseNumber(item, 0, 1LL << 53, n))
-                    return Usage(("--at: not a time in ms: \"" + item + "\"").c_str());
+                if (!TTML::ParseWholeNumber(item, 0, 1LL << 53, n))
+                    return args.Fail("--at: not a time in ms: \"" + item + "\"");
                 opt.times.push_back(static_cast<unsigned long long>(n));
             }
             if (opt.times.empty())
-                return Usage("--at takes MS[,MS...]");
-        } else if (arg == "--out") {
-            if (!value(opt.out) || opt.out.empty())
-                return Usage("--out takes a folder");
-        } else if (arg == "--background") {
-            if (!value(opt.background) || opt.background.empty())
-                return Usage("--background takes FILE.png or #rrggbb");
+                return args.Fail("--at takes MS[,MS...]");
+        } else if (args.Is("--out")) {
+            if (!args.Value(opt.out) || opt.out.empty())
+                return args.Fail("--out takes a folder");
+        } else if (args.Is("--background")) {
+            if (!args.Value(opt.background) || opt.background.empty())
+                return args.Fail("--background takes FILE.png or #rrggbb");
             if (opt.background[0] == '#' && !boost::regex_match(opt.background, boost::regex("#[0-9a-fA-F]{6}")))
-                return Usage("--background colour must be #rrggbb");
-        } else if (arg == "--profile" || arg == "--mode") {
-            if (!value(v) || !ParseNumber(v, arg == "--profile" ? -1 : 0, 1 << 30, n))
-                return Usage((arg + " takes a number").c_str());
-            (arg == "--profile" ? opt.profile : opt.mode) = static_cast<int>(n);
-        } else if (arg == "--sheet") {
+                return args.Fail("--background colour must be #rrggbb");
+        } else if (args.Is("--profile") || args.Is("--mode")) {
+            if (const int rc = args.ProfileOrMode(opt.profile, opt.mode); rc != TTML::CToolArgs::kRun)
+                return rc;
+        } else if (args.Is("--sheet")) {
             opt.sheet = true;
-        } else if (arg == "--json") {
+        } else if (args.Is("--json")) {
             opt.json = true;
-        } else if (arg == "-h" || arg == "--help") {
-            Usage(nullptr);
-            return -1;
-        } else if (!arg.empty() && arg[0] == '-') {
-            return Usage(("unknown option " + arg).c_str());
+        } else if (args.IsHelp()) {
+            return args.Help();
+        } else if (args.IsOption()) {
+            return args.Unknown();
         } else if (opt.file.empty()) {
-            opt.file = arg;
+            opt.file = args.Arg();
         } else {
-            return Usage("one FILE only");
+            return args.Fail("one FILE only");
         }
     }
-    return opt.file.empty() ? Usage("no FILE") : 0;
+    return opt.file.empty() ? args.Fail("no FILE") : args.Ready(true);
 }
 
 // First value of a markup item (" color=#rrggbbaa"), empty when absent.
@@ -253,60 +226,20 @@ std::string Clock(unsigned long long ms)
     return buf;
 }
 
-// Every frame as a thumbnail with its media time under it, four a row.
-bool WriteSheet(const std::vector<std::pair<unsigned long long, std::string>>& frames, int width, int height,
-                const std::string& path)
-{
-    const int columns = frames.size() < 4 ? static_cast<int>(frames.size()) : 4;
-    const int rows = static_cast<int>((frames.size() + 3) / 4);
-    const int thumbW = 480;
-    const int thumbH = thumbW * height / width;
-    const int gap = 12;
-    const int label = 30;
-    TTML::CHeadlessCanvas sheet;
-    if (columns == 0 || !sheet.Initialize(gap + columns * (thumbW + gap), gap + rows * (thumbH + label + gap)))
-        return false;
-    Evas* pEvas = sheet.GetEvas();
-    Evas_Object* pBack = evas_object_rectangle_add(pEvas);
-    evas_object_color_set(pBack, 24, 24, 24, 255);
-    evas_object_resize(pBack, sheet.GetWidth(), sheet.GetHeight());
-    evas_object_show(pBack);
-    for (std::size_t i = 0; i < frames.size(); ++i) {
-        const int x = gap + static_cast<int>(i % 4) * (thumbW + gap);
-        const int y = gap + static_cast<int>(i / 4) * (thumbH + label + gap);
-        Evas_Object* pThumb = evas_object_image_filled_add(pEvas);
-        evas_object_image_file_set(pThumb, frames[i].second.c_str(), nullptr);
-        evas_object_image_smooth_scale_set(pThumb, EINA_TRUE);
-        evas_object_move(pThumb, x, y);
-        evas_object_resize(pThumb, thumbW, thumbH);
-        evas_object_show(pThumb);
-        Evas_Object* pText = evas_object_text_add(pEvas);
-        evas_object_text_font_set(pText, "DejaVu Sans", 18);
-        evas_object_text_text_set(pText, Clock(frames[i].first).c_str());
-        evas_object_color_set(pText, 230, 230, 230, 255);
-        evas_object_move(pText, x, y + thumbH + 4);
-        evas_object_show(pText);
-    }
-    return sheet.SavePng(path);
-}
-
 }  // namespace
 
 int main(int argc, char** argv)
 {
     Options opt;
-    int rc = ParseArgs(argc, argv, opt);
-    if (rc != 0)
-        return rc < 0 ? 0 : rc;
-    setenv("INTERTITLE_LOG", "none", 0);
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
-    dlog_reload_filter();
+    if (const int rc = ParseArgs(argc, argv, opt); rc != TTML::CToolArgs::kRun)
+        return rc;
 
     // Parse exactly as ttml-dump does.
-    TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(opt.file, opt.profile);
+    std::string unreadable;
+    TTML::SubRawData* pRecord = TTML::CDocumentParser::NewRecord(opt.file, opt.profile, &unreadable);
     if (!pRecord) {
-        std::fprintf(stderr, "ttml-render: cannot read %s\n", opt.file.c_str());
-        return 1;
+        std::fprintf(stderr, "ttml-render: cannot read %s: %s\n", opt.file.c_str(), unreadable.c_str());
+        return TTML::TOOL_EXIT_FAILED;
     }
     TTML::PackImages(opt.file, TTML::BackgroundImages(pRecord->xmlData, false), pRecord->subSampleData);
     TTML::CDocumentParser parser;
@@ -372,7 +305,7 @@ int main(int argc, char** argv)
 
     TTML::CGraphicsEngine engine(pGraphics);
     engine.CreateRootSurface(pInfo->GetCellResolution(), pInfo->GetTTExtent(), pInfo->GetAspectRatio());
-    std::vector<std::pair<unsigned long long, std::string>> frames;
+    std::vector<TTML::SheetFrame> frames;
     bool written = true;
     for (unsigned long long time : times) {
         std::list<CElementSPTR> elements;
@@ -383,7 +316,7 @@ int main(int argc, char** argv)
             }
         }
         TTML::CWarningCollector collector;
-        TTML::CRenderer* pRenderer = elements.empty() ? nullptr : engine.CreateRenderer(&elements, (opt.mode & 2) != 0);
+        TTML::CRenderer* pRenderer = elements.empty() ? nullptr : engine.CreateRenderer(&elements, (opt.mode & TTML::SUBTITLE_MODE_FONT_SCALE) != 0);
         const bool drawn = pRenderer && engine.RenderText(pRenderer) == 1;
         if (pRenderer && !drawn)
             std::fprintf(stderr, "ttml-render: %llu ms: a region could not be drawn\n", time);
@@ -396,7 +329,7 @@ int main(int argc, char** argv)
             pRenderer = nullptr;
         }
         if (canvas.SavePng(path)) {
-            frames.emplace_back(time, path);
+            frames.push_back(TTML::SheetFrame{path, Clock(time)});
         } else {
             std::fprintf(stderr, "ttml-render: cannot write %s\n", path.c_str());
             written = false;
@@ -408,7 +341,7 @@ int main(int argc, char** argv)
             if (said.insert(warning).second)
                 std::fprintf(stderr, "ttml-render: %llu ms: %s\n", time, warning.c_str());
     }
-    if (opt.sheet && !frames.empty() && !WriteSheet(frames, opt.width, opt.height, opt.out + "/sheet.png")) {
+    if (opt.sheet && !frames.empty() && !TTML::WriteContactSheet(frames, opt.width, opt.height, 480, opt.out + "/sheet.png")) {
         std::fprintf(stderr, "ttml-render: cannot write %s/sheet.png\n", opt.out.c_str());
         written = false;
     }

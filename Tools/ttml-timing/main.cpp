@@ -8,7 +8,8 @@
 // N (default 60) is the length of the programme; intervals of 0.3 to 0.5 s,
 // some back to back, fill it from 1 s to 0.5 s before its end. --each also
 // prints one line per interval. Exit status 0 when every interval was drawn
-// and removed once and in order, 1 otherwise, 2 for a usage error.
+// and removed once and in order (or after --help), 1 otherwise, 2 for a
+// usage error.
 //
 // The drawing and removal times come from what the graphics component
 // shows and gives back (its draw observer): a region shown with "Line N"
@@ -20,6 +21,7 @@
 #include "CHeadlessCanvas.h"
 #include "CMediaClock.h"
 #include "CSourceFeed.h"
+#include "CToolArgs.h"
 #include "CTTMLSource.h"
 #include "ICore.h"
 #include "IDrawObserver.h"
@@ -31,7 +33,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <string>
@@ -178,10 +179,29 @@ void PrintDistribution(const char* what, std::vector<double> values)
                 Percentile(values, 50), Percentile(values, 90), Percentile(values, 99), values.back());
 }
 
-int Usage()
+const char kUsage[] = "usage: ttml-timing [--seconds N] [--each]   (N from 3 to 3600, default 60)\n";
+
+// CToolArgs::kRun to play, otherwise the exit status.
+int ParseArgs(int argc, char** argv, int& seconds, bool& each)
 {
-    std::fprintf(stderr, "usage: ttml-timing [--seconds N] [--each]   (N from 3 to 3600, default 60)\n");
-    return 2;
+    TTML::CToolArgs args("ttml-timing", kUsage, argc, argv);
+    while (args.Next()) {
+        long long n = 0;
+        if (args.Is("--seconds")) {
+            if (!args.Number(3, 3600, n))
+                return args.Fail("--seconds takes a whole number from 3 to 3600");
+            seconds = static_cast<int>(n);
+        } else if (args.Is("--each")) {
+            each = true;
+        } else if (args.IsHelp()) {
+            return args.Help();
+        } else if (args.IsOption()) {
+            return args.Unknown();
+        } else {
+            return args.Fail("no operands: " + args.Arg());
+        }
+    }
+    return args.Ready(false);
 }
 
 }  // namespace
@@ -190,28 +210,15 @@ int main(int argc, char** argv)
 {
     int seconds = 60;
     bool each = false;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--seconds") == 0 && i + 1 < argc) {
-            char* rest = nullptr;
-            long value = std::strtol(argv[++i], &rest, 10);
-            if (!rest || *rest || value < 3 || value > 3600)
-                return Usage();
-            seconds = static_cast<int>(value);
-        } else if (std::strcmp(argv[i], "--each") == 0) {
-            each = true;
-        } else {
-            return Usage();
-        }
-    }
-    // No D-Bus services to look for on a headless run.
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+    if (const int rc = ParseArgs(argc, argv, seconds, each); rc != TTML::CToolArgs::kRun)
+        return rc;
 
     const std::vector<Interval> intervals = MakeIntervals(seconds);
     TTML::SourceFeedItem start;
     start.msgId = TTML::TTML_SOURCE_MSG_START;
     TTML::SourceFeedItem document;
     document.msgId = TTML::TTML_SOURCE_MSG_XML_DATA;
-    document.profile = 2;
+    document.profile = TTML::TTML_PROFILE_EBUTTD;
     document.url = "generated.ttml";
     document.xmlData = MakeDocument(intervals);
     TTML::CSourceFeed feed;

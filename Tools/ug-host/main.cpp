@@ -29,16 +29,20 @@
 // --frames DIR it also writes DIR/<media ms>.png for each change,
 // DIR/timeline.json and DIR/contact-sheet.png.
 //
-// Exit status: 0 after a run, 1 when the module or the canvas fails, 2 for
-// a usage error.
+// Exit status: 0 after a run (or --help), 1 when the feed, the module or
+// the canvas fails, 2 for a usage error (a script that cannot be read
+// included).
 
 #include "CDocumentParser.h"
 #include "CHeadlessCanvas.h"
 #include "CSourceFeed.h"
+#include "CToolArgs.h"
 #include "CSubtitleInfo.h"
 #include "CVideoWindow.h"
 #include "ITTMLSource.h"
 #include "SubRawData.h"
+#include "ToolJson.h"
+#include "ToolSheet.h"
 #include "UgTTMLModule.h"
 
 #include <Ecore.h>
@@ -60,6 +64,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <set>
 #include <sstream>
@@ -153,13 +158,15 @@ bool ParseCommandArg(const std::string& text, Command& out)
     return ParseCommand(parts[0], parts[1], parts.size() == 3 ? parts[2] : "", out);
 }
 
-bool LoadScript(const std::string& path, std::vector<Command>& commands)
+// False with the reason in why.
+bool LoadScript(const std::string& path, std::vector<Command>& commands, std::string& why)
 {
-    std::ifstream in(path);
-    if (!in) {
-        std::fprintf(stderr, "ug-host: cannot read %s\n", path.c_str());
+    std::string text;
+    if (!TTML::CSourceFeed::ReadFile(path, text, &why)) {
+        why = "cannot read " + path + ": " + why;
         return false;
     }
+    std::istringstream in(text);
     int lineNo = 0;
     for (std::string line; std::getline(in, line);) {
         ++lineNo;
@@ -176,7 +183,7 @@ bool LoadScript(const std::string& path, std::vector<Command>& commands)
         ss >> extra;
         Command c;
         if (!extra.empty() || !ParseCommand(at, name, arg, c)) {
-            std::fprintf(stderr, "ug-host: %s:%d: not a command: %s\n", path.c_str(), lineNo, line.c_str());
+            why = path + ":" + std::to_string(lineNo) + ": not a command: " + line;
             return false;
         }
         commands.push_back(c);
@@ -184,54 +191,48 @@ bool LoadScript(const std::string& path, std::vector<Command>& commands)
     return true;
 }
 
-int Usage()
-{
-    std::fprintf(stderr,
-                 "usage: ug-host [--module PATH] [--feed FILE] [--broadband-only] [--window] [--frames DIR]\n"
-                 "               [--until MS] [--script FILE]\n"
-                 "               [MS:show|hide|enable|disable|pause|resume|destroy|event:N|set:KEY=VALUE ...]\n");
-    return 2;
-}
+const char kUsage[] =
+    "usage: ug-host [--module PATH] [--feed FILE] [--broadband-only] [--window] [--frames DIR]\n"
+    "               [--until MS] [--script FILE]\n"
+    "               [MS:show|hide|enable|disable|pause|resume|destroy|event:N|set:KEY=VALUE ...]\n";
 
+// CToolArgs::kRun to host, otherwise the exit status.
 int ParseArgs(int argc, char** argv, Options& opt)
 {
-    for (int i = 1; i < argc; ++i) {
-        std::string a = argv[i];
-        auto value = [&](std::string& out) {
-            if (i + 1 >= argc)
-                return false;
-            out = argv[++i];
-            return true;
-        };
+    TTML::CToolArgs args("ug-host", kUsage, argc, argv);
+    while (args.Next()) {
         std::string v;
         Command c;
-        if (a == "--module" && value(opt.module)) {
-        } else if (a == "--feed" && value(opt.feed)) {
-        } else if (a == "--frames" && value(opt.frames)) {
-        } else if (a == "--broadband-only") {
+        if (args.Is("--module") || args.Is("--feed") || args.Is("--frames")) {
+            std::string& target = args.Is("--module") ? opt.module : args.Is("--feed") ? opt.feed : opt.frames;
+            if (!args.Value(target) || target.empty())
+                return args.Fail(args.Arg() + " takes a path");
+        } else if (args.Is("--broadband-only")) {
             opt.broadbandOnly = true;
-        } else if (a == "--window") {
+        } else if (args.Is("--window")) {
             opt.window = true;
-        } else if (a == "--until" && value(v)) {
-            char* rest = nullptr;
-            opt.until = std::strtoll(v.c_str(), &rest, 10);
-            if (v.empty() || *rest || opt.until < 0)
-                return Usage();
-        } else if (a == "--script" && value(v)) {
-            if (!LoadScript(v, opt.commands))
-                return 2;
-        } else if (a == "--help") {
-            Usage();
-            return -1;
-        } else if (a[0] != '-' && ParseCommandArg(a, c)) {
-            opt.commands.push_back(c);
+        } else if (args.Is("--until")) {
+            if (!args.Number(0, LLONG_MAX, opt.until))
+                return args.Fail("--until takes a time in ms");
+        } else if (args.Is("--script")) {
+            std::string why;
+            if (!args.Value(v))
+                return args.Fail("--script takes a file");
+            if (!LoadScript(v, opt.commands, why))
+                return args.Fail(why);
+        } else if (args.IsHelp()) {
+            return args.Help();
+        } else if (args.IsOption()) {
+            return args.Unknown();
+        } else if (!ParseCommandArg(args.Arg(), c)) {
+            return args.Fail("not a command: " + args.Arg());
         } else {
-            return Usage();
+            opt.commands.push_back(c);
         }
     }
     std::stable_sort(opt.commands.begin(), opt.commands.end(),
                      [](const Command& x, const Command& y) { return x.at < y.at; });
-    return 0;
+    return args.Ready(false);
 }
 
 // The installed module, else the one of the build tree.
@@ -401,29 +402,11 @@ void CollectTexts(Evas_Object* pObj, std::set<Evas_Object*>& seen, std::vector<s
     eina_list_free(members);
 }
 
-std::string JsonString(const std::string& s)
-{
-    std::string out = "\"";
-    for (unsigned char c : s) {
-        if (c == '"' || c == '\\') {
-            out += '\\';
-            out += static_cast<char>(c);
-        } else if (c < 0x20) {
-            char buf[8];
-            std::snprintf(buf, sizeof(buf), "\\u%04x", c);
-            out += buf;
-        } else {
-            out += static_cast<char>(c);
-        }
-    }
-    return out + "\"";
-}
-
 std::string JsonList(const std::vector<std::string>& v)
 {
     std::string out = "[";
     for (size_t i = 0; i < v.size(); ++i)
-        out += (i ? "," : "") + JsonString(v[i]);
+        out += (i ? "," : "") + TTML::JsonQuoted(v[i]);
     return out + "]";
 }
 
@@ -735,8 +718,8 @@ void Host::m_WriteTimeline()
         const Change& c = m_changes[i];
         out << "  {\"media\":" << (c.hasMedia ? std::to_string(c.media) : "null") << ",\"wall\":" << c.wall
             << ",\"late\":" << (c.hasLate ? std::to_string(c.late) : "null")
-            << ",\"cause\":" << (c.cause.empty() ? "null" : JsonString(c.cause)) << ",\"drawn\":" << JsonList(c.drawn)
-            << ",\"removed\":" << JsonList(c.removed) << ",\"frame\":" << JsonString(c.frame) << "}"
+            << ",\"cause\":" << (c.cause.empty() ? "null" : TTML::JsonQuoted(c.cause)) << ",\"drawn\":" << JsonList(c.drawn)
+            << ",\"removed\":" << JsonList(c.removed) << ",\"frame\":" << TTML::JsonQuoted(c.frame) << "}"
             << (i + 1 < m_changes.size() ? "," : "") << "\n";
     }
     out << "]\n";
@@ -745,41 +728,13 @@ void Host::m_WriteTimeline()
 // Every frame scaled to a fifth, four to a row, each with its media time.
 void Host::m_WriteContactSheet()
 {
-    std::vector<const Change*> framed;
+    std::vector<TTML::SheetFrame> frames;
     for (const auto& c : m_changes)
         if (!c.frame.empty())
-            framed.push_back(&c);
-    if (framed.empty())
-        return;
-    const int cols = 4, tw = kWidth / 5, th = kHeight / 5, label = 30, gap = 8;
-    const int rows = static_cast<int>((framed.size() + cols - 1) / cols);
-    TTML::CHeadlessCanvas sheet;
-    if (!sheet.Initialize(cols * (tw + gap) + gap, rows * (th + label + gap) + gap))
-        return;
-    Evas* e = sheet.GetEvas();
-    Evas_Object* bg = evas_object_rectangle_add(e);
-    evas_object_color_set(bg, 16, 16, 16, 255);
-    evas_object_resize(bg, sheet.GetWidth(), sheet.GetHeight());
-    evas_object_show(bg);
-    for (size_t i = 0; i < framed.size(); ++i) {
-        int x = gap + static_cast<int>(i % cols) * (tw + gap);
-        int y = gap + static_cast<int>(i / cols) * (th + label + gap);
-        Evas_Object* img = evas_object_image_filled_add(e);
-        evas_object_image_file_set(img, (m_opt.frames + "/" + framed[i]->frame).c_str(), nullptr);
-        evas_object_move(img, x, y);
-        evas_object_resize(img, tw, th);
-        evas_object_show(img);
-        Evas_Object* text = evas_object_text_add(e);
-        evas_object_text_font_set(text, "DejaVu Sans", 18);
-        std::string caption = framed[i]->hasMedia ? std::to_string(framed[i]->media) + " ms" : "no media time";
-        evas_object_text_text_set(text, caption.c_str());
-        evas_object_color_set(text, 230, 230, 230, 255);
-        evas_object_move(text, x, y + th + 4);
-        evas_object_show(text);
-    }
-    if (sheet.SavePng(m_opt.frames + "/contact-sheet.png"))
-        std::printf("contact sheet: %s/contact-sheet.png (%zu frames)\n", m_opt.frames.c_str(), framed.size());
-    sheet.Destroy();
+            frames.push_back(TTML::SheetFrame{m_opt.frames + "/" + c.frame,
+                                              c.hasMedia ? std::to_string(c.media) + " ms" : "no media time"});
+    if (TTML::WriteContactSheet(frames, kWidth, kHeight, kWidth / 5, m_opt.frames + "/contact-sheet.png"))
+        std::printf("contact sheet: %s/contact-sheet.png (%zu frames)\n", m_opt.frames.c_str(), frames.size());
 }
 
 int Host::Run()
@@ -859,19 +814,21 @@ int Host::Run()
 int main(int argc, char** argv)
 {
     Options opt;
-    int rc = ParseArgs(argc, argv, opt);
-    if (rc != 0)
-        return rc < 0 ? 0 : rc;
-    // No D-Bus services to look for on a headless run; EFL's own complaints
-    // stay one line each.
-    setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
-    setenv("EINA_LOG_BACKTRACE", "0", 0);
+    if (const int rc = ParseArgs(argc, argv, opt); rc != TTML::CToolArgs::kRun)
+        return rc;
 
     TTML::CSourceFeed feed;
     if (!opt.feed.empty()) {
+        // A folder is a feed of its documents; any other path must be readable.
+        std::error_code ec;
+        std::string text, why;
+        if (!std::filesystem::is_directory(opt.feed, ec) && !TTML::CSourceFeed::ReadFile(opt.feed, text, &why)) {
+            std::fprintf(stderr, "ug-host: cannot read the feed %s: %s\n", opt.feed.c_str(), why.c_str());
+            return TTML::TOOL_EXIT_FAILED;
+        }
         if (!feed.Load(opt.feed)) {
             std::fprintf(stderr, "ug-host: cannot use the feed %s\n", opt.feed.c_str());
-            return 1;
+            return TTML::TOOL_EXIT_FAILED;
         }
         for (const char* var : {"INTERTITLE_FEED", "INTERTITLE_DVB_FEED", "INTERTITLE_ATSC_FEED",
                                 "INTERTITLE_BROADBAND_FEED"})

@@ -1,9 +1,14 @@
 // vconftool: reads, changes and watches configuration keys from a shell,
-// in the store of VCONF_ROOT (see vconf.h).
+// in the store of VCONF_ROOT (see vconf.h). Exit status 0 done (or --help),
+// 1 a key that cannot be read or written, 2 for a usage error.
+#include "CToolArgs.h"
+
 #include <vconf.h>
 
 #include <Ecore.h>
 
+#include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -11,15 +16,11 @@
 
 namespace {
 
-int Usage()
-{
-    std::fprintf(stderr,
-                 "usage: vconftool get KEY\n"
-                 "       vconftool set -t int|bool KEY VALUE\n"
-                 "       vconftool watch KEY      (one line per change until interrupted)\n"
-                 "       vconftool list           (the schema's keys and their values)\n");
-    return 2;
-}
+const char kUsage[] =
+    "usage: vconftool get KEY\n"
+    "       vconftool set -t int|bool KEY VALUE\n"
+    "       vconftool watch KEY      (one line per change until interrupted)\n"
+    "       vconftool list           (the schema's keys and their values)\n";
 
 // "int 3" or "bool 1"; false when the key cannot be read as either.
 bool Describe(const char* key, std::string& out)
@@ -48,9 +49,12 @@ void OnChange_Cb(keynode_t* node, void*)
 
 int main(int argc, char** argv)
 {
-    if (argc < 2)
-        return Usage();
-    const std::string cmd = argv[1];
+    TTML::CToolArgs args("vconftool", kUsage, argc, argv);
+    if (!args.Next())
+        return args.Fail("no command");
+    if (args.IsHelp())
+        return args.Help();
+    const std::string cmd = args.Arg();
     if (cmd == "get" && argc == 3) {
         std::string text;
         if (!Describe(argv[2], text)) {
@@ -63,9 +67,12 @@ int main(int argc, char** argv)
     if (cmd == "set" && argc == 6 && std::strcmp(argv[2], "-t") == 0) {
         const std::string type = argv[3];
         char* end = nullptr;
+        errno = 0;
         const long value = std::strtol(argv[5], &end, 0);
-        if ((type != "int" && type != "bool") || !*argv[5] || *end)
-            return Usage();
+        if (type != "int" && type != "bool")
+            return args.Fail("set -t takes int or bool");
+        if (!*argv[5] || *end || errno || value < INT_MIN || value > INT_MAX)
+            return args.Fail(std::string("not an int: ") + argv[5]);
         const int rc = type == "int" ? vconf_set_int(argv[4], static_cast<int>(value))
                                      : vconf_set_bool(argv[4], value != 0);
         if (rc != VCONF_OK) {
@@ -75,8 +82,7 @@ int main(int argc, char** argv)
         return 0;
     }
     if (cmd == "watch" && argc == 3) {
-        // Only the main loop is needed: keep Ecore off D-Bus.
-        setenv("ECORE_NO_SYSTEM_MODULES", "1", 0);
+        TTML::CToolArgs::SetUpRun(false);
         ecore_init();
         if (vconf_notify_key_changed(argv[2], OnChange_Cb, nullptr) != VCONF_OK) {
             std::fprintf(stderr, "vconftool: cannot watch %s\n", argv[2]);
@@ -98,5 +104,7 @@ int main(int argc, char** argv)
         }
         return 0;
     }
-    return Usage();
+    if (cmd != "get" && cmd != "set" && cmd != "watch" && cmd != "list")
+        return args.Fail("unknown command " + cmd);
+    return args.Fail("wrong arguments for " + cmd);
 }

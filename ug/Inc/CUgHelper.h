@@ -8,6 +8,7 @@ namespace TTML {
 
 class ICore;
 class ITTMLSource;
+class ITTMLSourceControl;
 
 // The working half of the gadget: the base layout over the gadget window,
 // the choice of the subtitle source for the current mode, and the core made
@@ -50,6 +51,9 @@ private:
     void m_UgSendRequest(char* key);
 
     void m_UpdateSource();
+    // The current source's show/hide control, after m_UpdateSource; null
+    // (with a warning) when the source has none.
+    ITTMLSourceControl* m_GetSourceControl();
     bool m_CreateBCSource();
     bool m_IsSysSupportedDvbTtml();
     bool m_IsSysSupportedAtsc3();

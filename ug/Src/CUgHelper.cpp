@@ -215,28 +215,27 @@ void CUgHelper::t_DestroyTTMLView()
     TTML_INFO("TTML destroyed");
 }
 
+ITTMLSourceControl* CUgHelper::m_GetSourceControl()
+{
+    m_UpdateSource();
+    ITTMLSourceControl* pControl = dynamic_cast<ITTMLSourceControl*>(m_pSource);
+    if (!pControl)
+        TTML_WARN("dynamic_cast failed for ITTMLSourceControl");
+    return pControl;
+}
+
 void CUgHelper::t_ShowCaption()
 {
     TTML_INFO("");
-    m_UpdateSource();
-    ITTMLSourceControl* pControl = dynamic_cast<ITTMLSourceControl*>(m_pSource);
-    if (!pControl) {
-        TTML_WARN("dynamic_cast failed for ITTMLSourceControl");
-        return;
-    }
-    pControl->ShowCaption();
+    if (ITTMLSourceControl* pControl = m_GetSourceControl())
+        pControl->ShowCaption();
 }
 
 void CUgHelper::t_HideCaption()
 {
     TTML_INFO("");
-    m_UpdateSource();
-    ITTMLSourceControl* pControl = dynamic_cast<ITTMLSourceControl*>(m_pSource);
-    if (!pControl) {
-        TTML_WARN("dynamic_cast failed for ITTMLSourceControl");
-        return;
-    }
-    pControl->HideCaption();
+    if (ITTMLSourceControl* pControl = m_GetSourceControl())
+        pControl->HideCaption();
 }
 
 void CUgHelper::m_UgSendRequest(char* key)

@@ -1,6 +1,8 @@
 #ifndef TTML_SOURCE_CSOURCEFEED_H
 #define TTML_SOURCE_CSOURCEFEED_H
 
+#include "TTMLTypes.h"
+
 #include <list>
 #include <string>
 #include <vector>
@@ -17,7 +19,7 @@ struct SourceFeedItem {
     // document (0)
     std::string url;                      // resolved file name, handed on as SubRawData::url
     std::string xmlData;                  // the document text, read when the feed is loaded
-    int profile = -1;                     // -1 none, 0 IMSC 1 text, 1 IMSC 1 image, 2 EBU-TT-D
+    int profile = TTML_PROFILE_NONE;      // TTMLProfile
     long long timeStamp = 0;              // ms
     unsigned long long segmentBegin = 0;  // ms
     unsigned long long segmentEnd = 0;    // ms
@@ -85,8 +87,10 @@ public:
     const std::string& GetName() const { return m_name; }
     void Clear();
 
-    // Reads a whole file; false when it cannot be read.
-    static bool ReadFile(const std::string& path, std::string& out);
+    // Reads a whole file, bytes as they are; false when it cannot be read,
+    // with the reason in *pWhy when given ("is a folder", the system's
+    // reason otherwise). A folder is refused rather than read as empty.
+    static bool ReadFile(const std::string& path, std::string& out, std::string* pWhy = nullptr);
 
 private:
     bool m_LoadDocument(const std::string& path);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,6 +13,7 @@
 #include "CSubSampleBuilder.h"
 #include "ITTMLSource.h"
 #include "TTMLLog.h"
+#include "TTMLTypes.h"
 
 namespace TTML {
 
@@ -113,20 +115,30 @@ void CSourceFeed::Clear()
     m_items.clear();
 }
 
-bool CSourceFeed::ReadFile(const std::string& path, std::string& out)
+bool CSourceFeed::ReadFile(const std::string& path, std::string& out, std::string* pWhy)
 {
+    std::string why;
     std::error_code ec;
-    if (!std::filesystem::is_regular_file(path, ec))
-        return false;
-    std::ifstream in(path, std::ios::binary);
-    if (!in)
-        return false;
-    std::ostringstream text;
-    text << in.rdbuf();
-    if (in.bad())
-        return false;
-    out = text.str();
-    return true;
+    std::ifstream in;
+    if (std::filesystem::is_directory(path, ec)) {
+        why = "is a folder";
+    } else {
+        errno = 0;
+        in.open(path, std::ios::binary);
+        if (!in)
+            why = errno ? std::strerror(errno) : "cannot be opened";
+    }
+    if (why.empty()) {
+        std::ostringstream text;
+        text << in.rdbuf();
+        if (in.bad())
+            why = "cannot be read";
+        else
+            out = text.str();
+    }
+    if (pWhy)
+        *pWhy = why;
+    return why.empty();
 }
 
 bool CSourceFeed::Add(const SourceFeedItem& item)
@@ -358,7 +370,7 @@ bool CSourceFeed::m_ParseLine(const std::string& line, int lineNo, const std::st
             item.bandMode = value == "1";
         } else if (known && item.msgId == TTML_SOURCE_MSG_XML_DATA && key == "profile") {
             long long profile = 0;
-            if (!ParseNumber(value, true, profile) || profile < -1 || profile > 2) {
+            if (!ParseNumber(value, true, profile) || profile < TTML_PROFILE_NONE || profile > TTML_PROFILE_EBUTTD) {
                 FEED_ERROR("bad profile \"%s\"", value.c_str());
                 return false;
             }

@@ -74,12 +74,17 @@ static int lookup(system_info_key_e key, char *out)
     return strcmp(out, "fail") == 0 ? SYSTEM_INFO_ERROR_IO_ERROR : SYSTEM_INFO_ERROR_NONE;
 }
 
+/* What a getter reads: the key's text, once the getter has somewhere to
+ * put its value. */
+static int lookup_for(system_info_key_e key, const void *value, char *out)
+{
+    return value ? lookup(key, out) : SYSTEM_INFO_ERROR_INVALID_PARAMETER;
+}
+
 int system_info_get_value_bool(system_info_key_e key, bool *value)
 {
     char text[VALUE_MAX];
-    if (!value)
-        return SYSTEM_INFO_ERROR_INVALID_PARAMETER;
-    int rc = lookup(key, text);
+    int rc = lookup_for(key, value, text);
     if (rc != SYSTEM_INFO_ERROR_NONE)
         return rc;
     if (strcmp(text, "1") == 0 || strcasecmp(text, "true") == 0)
@@ -94,9 +99,7 @@ int system_info_get_value_bool(system_info_key_e key, bool *value)
 int system_info_get_value_int(system_info_key_e key, int *value)
 {
     char text[VALUE_MAX];
-    if (!value)
-        return SYSTEM_INFO_ERROR_INVALID_PARAMETER;
-    int rc = lookup(key, text);
+    int rc = lookup_for(key, value, text);
     if (rc != SYSTEM_INFO_ERROR_NONE)
         return rc;
     char *end = NULL;

@@ -22,10 +22,11 @@ public:
     bool Initialize(int subtitleMode);
     void Destroy();
 
-    // A record for the document file, or nullptr when it cannot be read. A
-    // document declaring the IMSC 1 image profile gets transport profile 1
-    // when profile is -1, as a source announces it.
-    static SubRawData* NewRecord(const std::string& file, int profile);
+    // A record for the document file, or nullptr when it cannot be read
+    // (why in *pWhy when given: a folder, a missing file, no permission). A
+    // document declaring the IMSC 1 image profile gets that transport
+    // profile when profile is none, as a source announces it.
+    static SubRawData* NewRecord(const std::string& file, int profile, std::string* pWhy = nullptr);
 
     // Parses pRecord (taken over) and returns the parser's result. The
     // warnings logged meanwhile go to pWarnings when given.

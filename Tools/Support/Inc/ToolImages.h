@@ -8,9 +8,6 @@
 
 namespace TTML {
 
-// Found in a document that declares the IMSC 1 image profile.
-extern const char kImageProfileDesignator[];
-
 // The distinct smpte:backgroundImage values in document order, taken from
 // the text so that refused documents are covered too. With divsOnly, only
 // div start tags are searched (the only elements that can carry one).

@@ -1,8 +1,8 @@
 #include "CDocumentParser.h"
 
 #include "CWarningCollector.h"
-#include "ToolFile.h"
-#include "ToolImages.h"
+#include "CSourceFeed.h"
+#include "TTMLTypes.h"
 
 namespace TTML {
 
@@ -20,17 +20,17 @@ void CDocumentParser::Destroy()
     m_bInitialized = false;
 }
 
-SubRawData* CDocumentParser::NewRecord(const std::string& file, int profile)
+SubRawData* CDocumentParser::NewRecord(const std::string& file, int profile, std::string* pWhy)
 {
     auto* pRecord = new SubRawData();
     pRecord->profile = profile;
     pRecord->url = file;
-    if (!ReadWholeFile(file, pRecord->xmlData)) {
+    if (!CSourceFeed::ReadFile(file, pRecord->xmlData, pWhy)) {
         delete pRecord;
         return nullptr;
     }
-    if (profile == -1 && pRecord->xmlData.find(kImageProfileDesignator) != std::string::npos)
-        pRecord->profile = 1;
+    if (profile == TTML_PROFILE_NONE && pRecord->xmlData.find(kImsc1ImageDesignator) != std::string::npos)
+        pRecord->profile = TTML_PROFILE_IMSC1_IMAGE;
     return pRecord;
 }
 

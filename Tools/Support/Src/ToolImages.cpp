@@ -10,8 +10,6 @@
 
 namespace TTML {
 
-const char kImageProfileDesignator[] = "http://www.w3.org/ns/ttml/profile/imsc1/image";
-
 namespace {
 
 void AddValues(std::string::const_iterator begin, std::string::const_iterator end, std::vector<std::string>& refs)

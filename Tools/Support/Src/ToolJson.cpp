@@ -1,6 +1,7 @@
 #include "ToolJson.h"
 
 #include <cstdio>
+#include <sstream>
 
 namespace TTML {
 
@@ -25,6 +26,13 @@ void JsonString(std::ostream& os, const std::string& s)
         }
     }
     os << '"';
+}
+
+std::string JsonQuoted(const std::string& s)
+{
+    std::ostringstream os;
+    JsonString(os, s);
+    return os.str();
 }
 
 }  // namespace TTML
