@@ -3,6 +3,7 @@
 
 #include "CElement.h"
 #include "IXmlParser.h"
+#include "TTMLLimits.h"
 
 #include <list>
 #include <string>
@@ -42,7 +43,7 @@ public:
 
     // Documents nesting deeper than this (XML levels, nested spans included)
     // are refused with ERR_INVALID instead of recursing further.
-    static constexpr int kMaxNestingDepth = 64;
+    static constexpr int kMaxNestingDepth = Limits::kMaxNestingDepth;
 
     CProfile();
     // Calls Destroy when the owner forgot.
@@ -131,6 +132,10 @@ protected:
 private:
     // Counts one nesting level for the lifetime of a scope.
     class DepthGuard;
+
+    // False, with a warning naming the limit, when the document under root
+    // has more elements, regions or styles than TTMLLimits.h allows.
+    bool m_IsWithinLimits(XMLNODEPTR root);
 
     int m_nDepth = 0;  // current recursion depth of the walk
     // Reused by t_HandleReferencedElement so each element costs no new

@@ -6,6 +6,7 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <vector>
 
@@ -337,9 +338,12 @@ int CIMSCAttrHandler::m_ValidateSubFrameRate(std::string& value)
 
 int CIMSCAttrHandler::m_ValidateTickRate(std::string& value)
 {
-    if (m_ValidateSubFrameRate(value) == ERR_NONE)
+    // Ticks are whole; the document keeps the rate as an int, so a fraction
+    // or an overflow would otherwise become a rate of 0 or garbage.
+    if (t_ValidateFrameRate(value) == ERR_NONE && value.find_first_not_of('0') != std::string::npos &&
+        std::strtoll(value.c_str(), nullptr, 10) <= INT_MAX)
         return ERR_NONE;
-    TTML_WARN("ttp:tickRate must be above 0: %s; ignored", value.c_str());
+    TTML_WARN("ttp:tickRate must be a whole number above 0: %s; ignored", value.c_str());
     return ERR_IGNORE;
 }
 

@@ -1,0 +1,56 @@
+#ifndef TTML_COMMON_TTMLLIMITS_H
+#define TTML_COMMON_TTMLLIMITS_H
+
+#include <cstddef>
+
+namespace TTML {
+
+// What a TV accepts in one document. Anything beyond a limit is refused
+// whole, with a warning that names the limit and the value found, before it
+// can exhaust memory or time; nothing is cut short silently.
+//
+// The values leave a wide margin over every real document seen: a two-hour
+// film is about 1,450 cues (5,000 elements, 3,000 intervals, 0.3 MB), and a
+// 50,000-cue document (170,000 elements, 55,000 intervals, 130,000
+// interval entries, 12 MB) still passes. Real documents use a handful of
+// regions and styles and nest fewer than 10 levels.
+namespace Limits {
+
+// Bytes of XML read, from memory or file. The DOM alone takes about 14x this.
+constexpr int kMaxDocumentBytes = 64 * 1024 * 1024;
+
+// XML levels the walk descends (nested spans included); the walk recurses
+// once per level.
+constexpr int kMaxNestingDepth = 64;
+
+// Element nodes in the document, counted before the walk builds anything.
+constexpr size_t kMaxElements = 250000;
+
+// region and style elements in the document. Every paragraph copies the
+// attributes of the region and styles it refers to.
+constexpr size_t kMaxRegions = 1024;
+constexpr size_t kMaxStyles = 4096;
+
+// Split intervals per document, and entries over all of them (an element
+// listed in k intervals is k entries). Entries grow with the square of the
+// number of elements shown at once, so this bounds many overlapping
+// elements to about 1,400 at a time.
+constexpr size_t kMaxIntervals = 500000;
+constexpr size_t kMaxIntervalEntries = 1000000;
+
+// Decoded size of one image (width x height x 4 bytes): a UHD frame.
+constexpr size_t kMaxDecodedImageBytes = 3840u * 2160u * 4u;
+
+// Declarations in an internal DTD subset (entities, elements, attribute
+// lists): none, which leaves no entity to expand. Neither EBU-TT-D nor IMSC 1
+// needs them, and an internal entity is expanded on every read of the tree,
+// past libxml2's own amplification guard. External DTDs and entities are
+// never loaded; the predefined entities and character references do not
+// amplify.
+constexpr int kMaxDtdDeclarations = 0;
+
+}  // namespace Limits
+
+}  // namespace TTML
+
+#endif
