@@ -134,8 +134,9 @@ private:
     class DepthGuard;
 
     // False, with a warning naming the limit, when the document under root
-    // has more elements, regions or styles than TTMLLimits.h allows.
-    bool m_IsWithinLimits(XMLNODEPTR root);
+    // (documentBytes long; 0 when unknown) has more regions, styles or
+    // elements and text runs than TTMLLimits.h allows.
+    bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes);
 
     int m_nDepth = 0;  // current recursion depth of the walk
     // Reused by t_HandleReferencedElement so each element costs no new
