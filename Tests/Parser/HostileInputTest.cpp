@@ -310,13 +310,16 @@ const HostileCase kCases[] = {
      kOk, "", Is({{3600000000001000ULL, 3600000000002000ULL}})},
     // A refused rate leaves the default: 1 tick, 30 frames per second.
     {"ImscTickRateZero", Doc(Imsc("<p begin=\"10t\" end=\"20t\">x</p>", "ttp:tickRate=\"0\"")), 0, kOk,
-     "ttp:tickRate must be a whole number above 0: 0; ignored", Is({{10000, 20000}})},
+     "ttp:tickRate out of range (1 to 2147483647 ticks a second): 0; ignored", Is({{10000, 20000}})},
     {"ImscTickRateNegative", Doc(Imsc("<p begin=\"10t\" end=\"20t\">x</p>", "ttp:tickRate=\"-1\"")), 0, kOk,
-     "ttp:tickRate must be a whole number above 0: -1; ignored", Is({{10000, 20000}})},
+     "ttp:tickRate out of range (1 to 2147483647 ticks a second): -1; ignored", Is({{10000, 20000}})},
     {"ImscTickRateFraction", Doc(Imsc("<p begin=\"10t\" end=\"20t\">x</p>", "ttp:tickRate=\"0.5\"")), 0, kOk,
-     "ttp:tickRate must be a whole number above 0: 0.5; ignored", Is({{10000, 20000}})},
+     "ttp:tickRate out of range (1 to 2147483647 ticks a second): 0.5; ignored", Is({{10000, 20000}})},
+    // The whole number it begins with, as for a rate of 2.
+    {"ImscTickRateFractionAboveOne", Doc(Imsc("<p begin=\"10t\" end=\"20t\">x</p>", "ttp:tickRate=\"2.5\"")), 0,
+     kOk, "", Is({{5000, 10000}})},
     {"ImscTickRatePastInt", Doc(Imsc("<p begin=\"10t\" end=\"20t\">x</p>", "ttp:tickRate=\"4294967306\"")), 0, kOk,
-     "ttp:tickRate must be a whole number above 0: 4294967306; ignored", Is({{10000, 20000}})},
+     "ttp:tickRate out of range (1 to 2147483647 ticks a second): 4294967306; ignored", Is({{10000, 20000}})},
     {"ImscFrameRateZero", Doc(Imsc("<p begin=\"45f\" end=\"00:00:02:15\">x</p>", "ttp:frameRate=\"0\"")), 0, kOk,
      "ttp:frameRate must be a whole number above 0: 0; ignored", Is({{1500, 2500}})},
     {"ImscFrameRateNegative", Doc(Imsc("<p begin=\"45f\" end=\"60f\">x</p>", "ttp:frameRate=\"-25\"")), 0, kOk,
@@ -335,7 +338,8 @@ const HostileCase kCases[] = {
     {"ImageReferenceLeavesPackage", [] { return ImageDoc("../../../etc/passwd", MakePng(4, 4)); }, 1, kOk,
      "Image \"../../../etc/passwd\" not found in the sub-sample data", kOneToTwo},
     // 1,000 x 1,000 entries is the most the split keeps.
-    {"OverlappingAtEntryLimit", Made([] { return Staggered(1000); }), 0, kOk, "", [] { return StaggeredIntervals(1000); }},
+    {"OverlappingAtEntryLimit", Made([] { return Staggered(1000); }), 0, kOk, "",
+     [] { return StaggeredIntervals(1000); }},
     {"OverlappingPastEntryLimit", Made([] { return Staggered(1001); }), 0, kRefused, kEntries, kNone},
     {"OverlappingTwentyThousand", Made([] { return Staggered(20000); }), 0, kRefused, kEntries, kNone},
     // The large valid document, scaled down from 476,000 paragraphs.

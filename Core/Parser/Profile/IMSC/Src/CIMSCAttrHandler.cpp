@@ -338,12 +338,12 @@ int CIMSCAttrHandler::m_ValidateSubFrameRate(std::string& value)
 
 int CIMSCAttrHandler::m_ValidateTickRate(std::string& value)
 {
-    // Ticks are whole; the document keeps the rate as an int, so a fraction
-    // or an overflow would otherwise become a rate of 0 or garbage.
-    if (t_ValidateFrameRate(value) == ERR_NONE && value.find_first_not_of('0') != std::string::npos &&
-        std::strtoll(value.c_str(), nullptr, 10) <= INT_MAX)
+    // The document keeps the whole number the value begins with, as an int;
+    // a fraction below 1 would become a rate of 0, a huge value garbage.
+    const long long whole = std::strtoll(value.c_str(), nullptr, 10);
+    if (m_ValidateSubFrameRate(value) == ERR_NONE && whole >= 1 && whole <= INT_MAX)
         return ERR_NONE;
-    TTML_WARN("ttp:tickRate must be a whole number above 0: %s; ignored", value.c_str());
+    TTML_WARN("ttp:tickRate out of range (1 to %d ticks a second): %s; ignored", INT_MAX, value.c_str());
     return ERR_IGNORE;
 }
 
