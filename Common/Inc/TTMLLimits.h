@@ -43,11 +43,11 @@ constexpr size_t MaxElements(size_t documentBytes)
 constexpr size_t kMaxRegions = 1024;
 constexpr size_t kMaxStyles = 4096;
 
-// Split intervals per document, and entries over all of them (an element
-// listed in k intervals is k entries). Entries grow with the square of the
-// number of elements shown at once, so this bounds many overlapping
-// elements to about 1,400 at a time.
-constexpr size_t kMaxIntervals = 500000;
+// Split intervals per document (the engine makes a rendering record for
+// each), and entries over all of them (an element listed in k intervals is
+// k entries). Entries grow with the square of the number of elements shown
+// at once, so this bounds many overlapping elements to about 1,000.
+constexpr size_t kMaxIntervals = 200000;
 constexpr size_t kMaxIntervalEntries = 1000000;
 
 // Decoded size of one image (width x height x 4 bytes): a UHD frame.

@@ -201,6 +201,16 @@ std::string Sequence(unsigned n)
     return Imsc(ps);
 }
 
+// n paragraphs, each overlapping the next by 1 ms: 2n - 1 split intervals.
+// `padding` bytes of comment buy element budget without adding elements.
+std::string Chain(unsigned n, size_t padding)
+{
+    std::string ps = "<!--" + std::string(padding, ' ') + "-->";
+    for (unsigned i = 0; i < n; ++i)
+        ps += "<p begin=\"" + std::to_string(2 * i) + "ms\" end=\"" + std::to_string(2 * i + 3) + "ms\">x</p>";
+    return Imsc(ps);
+}
+
 Intervals_t SequenceIntervals(unsigned n)
 {
     Intervals_t v;
@@ -358,6 +368,8 @@ const HostileCase kCases[] = {
      2, kRefused, "Too many elements in document: 100008 (limit ", kNone},
     {"DenseWithinElementLimit", Made([] { return Sequence(45000); }), 0, kOk, "",
      [] { return SequenceIntervals(45000); }},
+    {"IntervalsPastLimit", Made([] { return Chain(100001, 4000000); }), 0, kRefused,
+     "Too many split intervals: 200001 (limit 200000); refused", kNone},
     {"TwoHundredThousandOverlapping", Made([] { return Staggered(200000); }), 0, kRefused,
      "Too many elements in document: 400006 (limit ", kNone},
 };
