@@ -10,7 +10,7 @@ namespace TTML {
 // can exhaust memory or time; nothing is cut short silently.
 //
 // The values leave a margin over every real document seen: a two-hour film
-// is about 1,450 cues (9,000 nodes, 3,000 intervals, 0.3 MB), and a
+// is about 1,450 cues (7,000 nodes, 3,000 intervals, 0.3 MB), and a
 // 50,000-cue document (250,000 nodes, 55,000 intervals, 130,000 interval
 // entries, 8.5 to 12 MB) still passes. Real documents use a handful of
 // regions and styles and nest fewer than 10 levels.
@@ -29,7 +29,7 @@ constexpr int kMaxNestingDepth = 64;
 // once built while markup can spend as little as 5 bytes on one (<br/>),
 // so a fixed count would let a small document take far more memory than
 // 25 times its size plus 50 MB; this one does not. A 50,000-cue document
-// (250,000 nodes in 8.5 MB) passes; 476,000 cues in 60 MB do not.
+// (250,000 nodes in 8.5 MB) passes.
 constexpr size_t kElementAllowance = 50000;
 constexpr size_t kBytesPerElement = 40;
 
