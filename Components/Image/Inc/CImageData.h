@@ -25,7 +25,8 @@ public:
     // Empty pointer and the warning
     //   Image "<reference>" refused: <why>
     // when it is null, empty, too big, not a PNG, truncated or corrupt, or
-    // has a side of 0 or above kMaxSide. `reference` names the image in logs.
+    // has a side of 0 or above kMaxSide, or would decode to more than
+    // Limits::kMaxDecodedImageBytes. `reference` names the image in logs.
     static std::shared_ptr<CImageData> FromPng(const std::string& reference, const void* data, size_t size);
 
     // The PNG file's bytes, what ITextSurface::AttachImage takes; owned by
@@ -40,6 +41,8 @@ public:
 
 private:
     CImageData(const std::string& reference, std::string bytes, unsigned int width, unsigned int height);
+    // False, with the warning, when width x height x 4 is above the limit.
+    static bool m_IsDecodable(const char* ref, unsigned int width, unsigned int height);
 
     std::string m_reference;
     std::string m_bytes;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <utility>
 
+#include "TTMLLimits.h"
 #include "TTMLLog.h"
 
 namespace TTML {
@@ -121,6 +122,8 @@ std::shared_ptr<CImageData> CImageData::FromPng(const std::string& reference, co
                       static_cast<unsigned>(height));
             return nullptr;
         }
+        if (!m_IsDecodable(ref, width, height))
+            return nullptr;
     }
 
     PngReadState state{bytes, size, 0, nullptr, {0}};
@@ -135,11 +138,24 @@ std::shared_ptr<CImageData> CImageData::FromPng(const std::string& reference, co
                   static_cast<unsigned>(height));
         return nullptr;
     }
+    if (!m_IsDecodable(ref, width, height))
+        return nullptr;
 
     std::shared_ptr<CImageData> image(new (std::nothrow) CImageData(
         reference, std::string(reinterpret_cast<const char*>(bytes), size), width, height));
     TTML_ASSERT(image);
     return image;
+}
+
+bool CImageData::m_IsDecodable(const char* ref, unsigned int width, unsigned int height)
+{
+    // The graphics component holds every shown image decoded, 4 bytes a pixel.
+    const unsigned long long decoded = 4ull * width * height;
+    if (decoded <= Limits::kMaxDecodedImageBytes)
+        return true;
+    TTML_WARN("Image \"%s\" refused: decoded size %llu bytes (%ux%u), limit %zu", ref, decoded, width, height,
+              Limits::kMaxDecodedImageBytes);
+    return false;
 }
 
 const unsigned char* CImageData::GetBuffer(unsigned int* size) const

@@ -44,7 +44,9 @@ public:
     // a parent) and is never listed. begin > end is logged.
     void AddElement(unsigned long long begin, unsigned long long end, CElementSPTR& element);
     // Builds the split intervals and the last end time. ERR_NONE, or
-    // ERR_INVALID with a warning when there is no timed element.
+    // ERR_INVALID with a warning when there is no timed element, or when the
+    // split would exceed Limits::kMaxIntervals or kMaxIntervalEntries (then
+    // no split interval is kept). Memory stays linear in the entries kept.
     int SplitSubtitleInfoData();
     // Inserts every split interval into `keys`.
     void GetUniqueKeys(std::set<TimeInterval>& keys) const;

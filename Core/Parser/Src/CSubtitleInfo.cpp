@@ -1,6 +1,7 @@
 #include "CSubtitleInfo.h"
 
 #include "TTMLAttr.h"
+#include "TTMLLimits.h"
 #include "TTMLLog.h"
 #include "Util.h"
 
@@ -87,6 +88,10 @@ int CSubtitleInfo::SplitSubtitleInfoData()
         std::sort(splits.begin(), splits.end());
         splits.erase(std::unique(splits.begin(), splits.end()), splits.end());
     }
+    if (splits.size() > Limits::kMaxIntervals) {
+        TTML_WARN("Too many split intervals: %zu (limit %zu); refused", splits.size(), Limits::kMaxIntervals);
+        return ERR_INVALID;
+    }
     for (const auto& s : splits)
         m_splitIntervals.emplace_hint(m_splitIntervals.end(), s, std::vector<CElementSPTR>());
 
@@ -106,6 +111,7 @@ int CSubtitleInfo::SplitSubtitleInfoData()
     std::vector<size_t> active;  // ascending; few entries in real documents
     std::vector<size_t> covering;
     size_t next = 0;
+    size_t entries = 0;
     for (auto& kv : m_splitIntervals) {
         const unsigned long long s = kv.first.first;
         const unsigned long long e = kv.first.second;
@@ -125,6 +131,15 @@ int CSubtitleInfo::SplitSubtitleInfoData()
                 covering.push_back(idx);
         }
         active.resize(kept);
+        // Entries grow with the square of the elements shown at once; stop
+        // before the lists outgrow what the document itself can justify.
+        entries += covering.size();
+        if (entries > Limits::kMaxIntervalEntries) {
+            TTML_WARN("Too many interval entries: %zu by %llu ms (limit %zu); refused", entries, s,
+                      Limits::kMaxIntervalEntries);
+            m_splitIntervals.clear();
+            return ERR_INVALID;
+        }
         kv.second.reserve(covering.size());
         for (size_t idx : covering)
             kv.second.push_back(m_timedElements[idx].element);

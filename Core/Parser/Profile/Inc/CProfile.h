@@ -3,6 +3,7 @@
 
 #include "CElement.h"
 #include "IXmlParser.h"
+#include "TTMLLimits.h"
 #include "TTMLTypes.h"
 
 #include <list>
@@ -43,7 +44,7 @@ public:
 
     // Documents nesting deeper than this (XML levels, nested spans included)
     // are refused with ERR_INVALID instead of recursing further.
-    static constexpr int kMaxNestingDepth = 64;
+    static constexpr int kMaxNestingDepth = Limits::kMaxNestingDepth;
 
     CProfile();
     // Calls Destroy when the owner forgot.
@@ -132,6 +133,11 @@ protected:
 private:
     // Counts one nesting level for the lifetime of a scope.
     class DepthGuard;
+
+    // False, with a warning naming the limit, when the document under root
+    // (documentBytes long; 0 when unknown) has more regions, styles or
+    // elements and text runs than TTMLLimits.h allows.
+    bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes);
 
     int m_nDepth = 0;  // current recursion depth of the walk
     // Reused by t_HandleReferencedElement so each element costs no new

@@ -5,6 +5,8 @@
 #include "CElementHandler.h"
 #include "CStyleRegionInfo.h"
 #include "CSubtitleInfo.h"
+#include "SubRawData.h"
+#include "TTMLLimits.h"
 #include "TTMLLog.h"
 #include "Util.h"
 
@@ -139,6 +141,8 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     if (!root) {
         TTML_WARN("Root element not found");
         result = ERR_INVALID;
+    } else if (!m_IsWithinLimits(root, data->pSubRawData ? data->pSubRawData->xmlData.size() : 0)) {
+        result = ERR_INVALID;
     } else {
         CElementSPTR noParent;
         result = t_ParseNode(root, noParent);
@@ -148,6 +152,55 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
 
     t_pAttrHandler->SetSubtitleInfo(nullptr);
     return result;
+}
+
+bool CProfile::m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes)
+{
+    // Counted before anything is built, so a refused document costs no more
+    // than its DOM. Descends without recursion: the path holds one node per
+    // level, however many siblings there are.
+    size_t nodes = 0;
+    size_t regions = 0;
+    size_t styles = 0;
+    std::vector<XMLNODEPTR> path;
+    XMLNODEPTR node = root;
+    while (node) {
+        ++nodes;
+        XMLNODEPTR next = nullptr;
+        if (!t_pXmlParser->IsTextNode(node)) {
+            const int type = t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+            regions += type == ELEM_REGION;
+            styles += type == ELEM_STYLE;
+            next = t_pXmlParser->GetChildNodeList(node);
+        }
+        if (next) {
+            path.push_back(node);
+        } else {
+            next = t_pXmlParser->GetNextNode(node);
+            while (!next && !path.empty()) {
+                next = t_pXmlParser->GetNextNode(path.back());
+                path.pop_back();
+            }
+        }
+        node = next;
+    }
+    const struct {
+        const char* what;
+        size_t found;
+        size_t limit;
+    } counts[] = {
+        {"regions", regions, Limits::kMaxRegions},
+        {"styles", styles, Limits::kMaxStyles},
+        {"elements", nodes, Limits::MaxElements(documentBytes)},
+    };
+    // The most specific count first: many regions are also many elements.
+    for (const auto& c : counts) {
+        if (c.found > c.limit) {
+            TTML_WARN("Too many %s in document: %zu (limit %zu); refused", c.what, c.found, c.limit);
+            return false;
+        }
+    }
+    return true;
 }
 
 int CProfile::t_ParseNode(XMLNODEPTR node, CElementSPTR& parent)

@@ -2,6 +2,7 @@
 #define TTML_CORE_PARSER_XMLPARSER_CXMLPARSER_H
 
 #include "IXmlParser.h"
+#include "TTMLLimits.h"
 
 namespace TTML {
 
@@ -9,7 +10,8 @@ namespace TTML {
 //
 // Reads never load DTDs, external entities or anything from the network. They
 // refuse documents above kMaxDocumentBytes and documents that declare an
-// internal DTD subset (entities, elements, attribute lists), and keep libxml2's own limits
+// internal DTD subset (entities, elements, attribute lists; see TTMLLimits.h),
+// and keep libxml2's own limits
 // (nesting up to 256 levels, entity expansion), so a hostile document fails to
 // read instead of exhausting memory.
 // libxml2's own error messages are written as TTML warnings (a few per call),
@@ -20,10 +22,8 @@ namespace TTML {
 // so no reader ever calls xmlCleanupParser.
 class CXmlParser : public IXmlParser {
 public:
-    // Largest document read, from memory or file. Real subtitle documents stay
-    // far below it (a two-hour film is well under 1 MB; embedded images add a
-    // few MB), while the tree of anything bigger could exhaust a TV's memory.
-    static constexpr int kMaxDocumentBytes = 64 * 1024 * 1024;
+    // Largest document read, from memory or file.
+    static constexpr int kMaxDocumentBytes = Limits::kMaxDocumentBytes;
 
     CXmlParser();
     ~CXmlParser() override;

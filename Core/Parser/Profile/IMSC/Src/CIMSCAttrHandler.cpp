@@ -7,6 +7,7 @@
 #include <boost/regex.hpp>
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
 #include <vector>
 
@@ -336,9 +337,12 @@ int CIMSCAttrHandler::m_ValidateSubFrameRate(std::string& value)
 
 int CIMSCAttrHandler::m_ValidateTickRate(std::string& value)
 {
-    if (m_ValidateSubFrameRate(value) == ERR_NONE)
+    // The document keeps the whole number the value begins with, as an int;
+    // a fraction below 1 would become a rate of 0, a huge value garbage.
+    const long long whole = std::strtoll(value.c_str(), nullptr, 10);
+    if (m_ValidateSubFrameRate(value) == ERR_NONE && whole >= 1 && whole <= INT_MAX)
         return ERR_NONE;
-    TTML_WARN("ttp:tickRate must be above 0: %s; ignored", value.c_str());
+    TTML_WARN("ttp:tickRate out of range (1 to %d ticks a second): %s; ignored", INT_MAX, value.c_str());
     return ERR_IGNORE;
 }
 

@@ -1,5 +1,6 @@
 #include "CXmlParser.h"
 
+#include "TTMLLimits.h"
 #include "TTMLLog.h"
 
 #include <libxml/entities.h>
@@ -150,13 +151,17 @@ xmlAttrPtr FirstValuedFrom(xmlAttrPtr attr)
     return attr;
 }
 
-// Neither EBU-TT-D nor IMSC 1 needs declarations in the document. An entity
-// declared there is expanded each time the tree is read (text and attribute
-// reads), past any guard libxml2 applies while parsing, so a small document
-// could grow to gigabytes.
-bool DeclaresInternalSubset(xmlDocPtr doc)
+// An entity declared in the document is expanded each time the tree is read
+// (text and attribute reads), past any guard libxml2 applies while parsing,
+// so a small document could grow to gigabytes.
+int CountDeclarations(xmlDocPtr doc)
 {
-    return doc && doc->intSubset && doc->intSubset->children;
+    int count = 0;
+    if (doc && doc->intSubset) {
+        for (xmlNodePtr n = doc->intSubset->children; n; n = n->next)
+            ++count;
+    }
+    return count;
 }
 
 // Only element nodes have attributes; in other node types the same field may
@@ -183,9 +188,11 @@ CXmlParser::~CXmlParser()
 
 bool CXmlParser::m_RefuseDeclarations()
 {
-    if (!DeclaresInternalSubset(m_xmlDoc))
+    const int declarations = CountDeclarations(m_xmlDoc);
+    if (declarations <= Limits::kMaxDtdDeclarations)
         return false;
-    TTML_WARN("Document declares an internal DTD subset: refused");
+    TTML_WARN("Document declares an internal DTD subset: refused (%d declarations, limit %d)", declarations,
+              Limits::kMaxDtdDeclarations);
     xmlFreeDoc(m_xmlDoc);
     m_xmlDoc = nullptr;
     return true;
