@@ -73,8 +73,7 @@ public:
     void SetUp() override
     {
         MainLoopTest::SetUp();
-        m_pEngine = new CEngine(m_pGraphics);
-        m_pEngine->SetMediaTimeSource(Clock_Cb, &m_clock);
+        m_pEngine = new CEngine(m_pGraphics, [this](long long* pTime) { return m_clock.Now(*pTime); });
     }
 
     void TearDown() override
@@ -92,15 +91,6 @@ public:
     {
         ASSERT_TRUE(m_pEngine->Initialize(mode));
         ASSERT_TRUE(m_pEngine->Start(bandMode));
-    }
-
-    static bool Clock_Cb(void* pUser, long long* pTime)
-    {
-        long long now = 0;
-        if (!static_cast<CMediaClock*>(pUser)->Now(now))
-            return false;
-        *pTime = now;
-        return true;
     }
 
     // Runs the loop until done() holds (polled on the loop every 5 ms). The

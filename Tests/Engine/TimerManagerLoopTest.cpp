@@ -13,15 +13,6 @@ namespace {
 // a media clock that runs in real time from the start of the test.
 class TimerManagerLoopTest : public MainLoopTest {
 protected:
-    static bool Clock_Cb(void* pUser, long long* pTime)
-    {
-        const TimerManagerLoopTest* pSelf = static_cast<TimerManagerLoopTest*>(pUser);
-        *pTime = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() -
-                                                                       pSelf->m_start)
-                     .count();
-        return true;
-    }
-
     // Like the engine: the first expiry arms for the next record from inside
     // the callback and keeps the timer; the second stops it from inside.
     static unsigned char OnTimer_Cb(void* pData)
@@ -45,9 +36,12 @@ protected:
 
 TEST_F(TimerManagerLoopTest, ExpiresOnMainLoopAndIsRearmedAndStoppedFromItsCallback)
 {
-    CTimerManager manager(m_pGraphics, OnTimer_Cb, this);
+    CTimerManager manager(m_pGraphics, OnTimer_Cb, this, [this](long long* pTime) {
+        *pTime = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - m_start)
+                     .count();
+        return true;
+    });
     m_pManager = &manager;
-    manager.SetMediaTimeSource(Clock_Cb, this);
     m_start = std::chrono::steady_clock::now();
 
     ASSERT_TRUE(manager.SetTimer(50, 5000, 0));

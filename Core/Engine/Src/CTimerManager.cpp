@@ -7,6 +7,8 @@
 #include "Lock.h"
 #include "TTMLLog.h"
 
+#include <utility>
+
 namespace TTML {
 
 namespace {
@@ -18,10 +20,10 @@ const double kFlashIntervalMs = 300.0;
 
 }  // namespace
 
-CTimerManager::CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData)
+CTimerManager::CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData,
+                             MediaTimeSource mediaTime)
     : m_pGraphics(pGraphics), m_bBandMode(false), m_pMutex(nullptr), m_pTimer(nullptr),
-      m_pCallback(callback), m_timerData(pUserData), m_pMediaTimeSource(nullptr),
-      m_pMediaTimeUser(nullptr), m_bPaused(false)
+      m_pCallback(callback), m_timerData(pUserData), m_mediaTime(std::move(mediaTime)), m_bPaused(false)
 {
     m_pMutex = IMutex::Create();
     TTML_ASSERT(m_pMutex);
@@ -33,17 +35,10 @@ CTimerManager::~CTimerManager()
     m_pMutex->Destroy();
 }
 
-void CTimerManager::SetMediaTimeSource(MediaTimeSource source, void* pUser)
-{
-    Lock lock(m_pMutex);
-    m_pMediaTimeSource = source;
-    m_pMediaTimeUser = pUser;
-}
-
 bool CTimerManager::m_GetMediaTime(long long* pTime)
 {
-    if (m_pMediaTimeSource) {
-        if (!m_pMediaTimeSource(m_pMediaTimeUser, pTime)) {
+    if (m_mediaTime) {
+        if (!m_mediaTime(pTime)) {
             TTML_WARN("Error in getting current video time");
             return false;
         }
