@@ -537,19 +537,11 @@ void CTextContext::ApplyVisibility()
     bool on = m_pSurface != nullptr;
     bool text = on && m_bTextVisible;
     bool backgrounds = on && m_pSurface->IsBackgroundVisible();
-    auto show = [](Evas_Object* pObject, bool visible) {
-        if (!pObject)
-            return;
-        if (visible)
-            evas_object_show(pObject);
-        else
-            evas_object_hide(pObject);
-    };
-    show(m_pParaBg, backgrounds && m_paraBackground.alpha > 0);
-    show(m_pBacking, backgrounds);
+    CTextSurface::ShowIf(m_pParaBg, backgrounds && m_paraBackground.alpha > 0);
+    CTextSurface::ShowIf(m_pBacking, backgrounds);
     for (Evas_Object* pEdge : m_edges)
-        show(pEdge, text);
-    show(m_pText, text);
+        CTextSurface::ShowIf(pEdge, text);
+    CTextSurface::ShowIf(m_pText, text);
 }
 
 }  // namespace TTML

@@ -82,6 +82,10 @@ private:
     ITextContext* m_HandleNewPElem(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize,
                                    std::pair<int, int>& inset);
     ITextContext* m_CreateTextContext();
+    // The shared surface of region id, made and registered when it has none
+    // yet (an animation step updates an existing one); null when it cannot be made.
+    ITextSurface* m_GetRegionSurface(const std::string& id, const CElementSPTR& element, const TTMLRect<int>& area,
+                                     const Size& cellSize);
     ITextSurface* m_CreateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area,
                                       const Size& cellSize);
     void m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area, ITextSurface* pSurface,

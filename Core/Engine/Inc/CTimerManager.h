@@ -79,6 +79,7 @@ private:
     bool m_SetTimer(unsigned long long time, long long timeStamp, double seconds);
     // Makes, starts (and pauses, while paused) a timer; under the mutex.
     bool m_StartTimer(double seconds);
+    void m_SetPaused(bool paused);
     static int m_OnTimerExpiry_Cb(void* pData);
 
     IGraphics* m_pGraphics;  // not owned

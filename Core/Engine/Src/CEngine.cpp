@@ -267,22 +267,22 @@ void CEngine::m_ProcessQueue(void* pData)
         TTML_WARN("SubtitleInfo is NULL");
         return;
     }
-    if (IsTaskIgnored()) {
-        TTML_INFO("Ignoring all the subtitleInfos");
-        m_pKeeper->Drop(pSubtitleInfo);
-        return;
+    bool ignored = IsTaskIgnored();
+    if (!ignored) {
+        m_pBuilder->Begin(pSubtitleInfo);
+        TTML_INFO("timeBase=%s", pSubtitleInfo->GetTimeBase().c_str());
     }
-    m_pBuilder->Begin(pSubtitleInfo);
-    TTML_INFO("timeBase=%s", pSubtitleInfo->GetTimeBase().c_str());
-    while (m_pBuilder->HasNext()) {
-        if (IsTaskIgnored()) {
-            TTML_INFO("Ignoring all the subtitleInfos");
-            m_pKeeper->Drop(pSubtitleInfo);
-            return;
-        }
+    // A reset or destroy sets the ignore flag: stop before the next interval.
+    while (!ignored && m_pBuilder->HasNext()) {
         SubtitleRenderingInfo* pRecord = m_pBuilder->Next();
         if (pRecord)
             m_ManageSubtitle(pRecord);
+        ignored = m_pBuilder->HasNext() && IsTaskIgnored();
+    }
+    if (ignored) {
+        TTML_INFO("Ignoring all the subtitleInfos");
+        m_pKeeper->Drop(pSubtitleInfo);
+        return;
     }
     CSubtitleInfo* pReplay = m_pKeeper->Keep(pSubtitleInfo, *m_pBuilder);
     if (pReplay)

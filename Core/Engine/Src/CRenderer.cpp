@@ -214,23 +214,33 @@ ITextContext* CRenderer::m_HandleNewPElem(const CElementSPTR& element, const TTM
         return nullptr;
     }
     const std::string id = Attr(element, ATTR_REGION);
-    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
-    if (pSurface) {
-        if (element->GetType() == ELEM_SET)
-            m_UpdateTextSurface(element, area, pSurface, cellSize);
-    } else {
-        pSurface = m_CreateTextSurface(element, area, cellSize);
-        if (!pSurface) {
-            TTML_WARN("Text surface creation failed");
-            pContext->Deinitialize();
-            m_pGraphics->DestroyObject(pContext);
-            return nullptr;
-        }
-        m_pRegionSurface->Add(id, pSurface);
+    ITextSurface* pSurface = m_GetRegionSurface(id, element, area, cellSize);
+    if (!pSurface) {
+        pContext->Deinitialize();
+        m_pGraphics->DestroyObject(pContext);
+        return nullptr;
     }
     pSurface->GetContentInset(&inset.first, &inset.second);
     m_pRegionContext->AddContext(id, pContext);
     return pContext;
+}
+
+ITextSurface* CRenderer::m_GetRegionSurface(const std::string& id, const CElementSPTR& element,
+                                            const TTMLRect<int>& area, const Size& cellSize)
+{
+    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
+    if (pSurface) {
+        if (element->GetType() == ELEM_SET)
+            m_UpdateTextSurface(element, area, pSurface, cellSize);
+        return pSurface;
+    }
+    pSurface = m_CreateTextSurface(element, area, cellSize);
+    if (!pSurface) {
+        TTML_WARN("Text surface creation failed");
+        return nullptr;
+    }
+    m_pRegionSurface->Add(id, pSurface);
+    return pSurface;
 }
 
 ITextSurface* CRenderer::m_CreateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area,
@@ -430,18 +440,8 @@ void CRenderer::m_CalculateLineHeight(const CElementSPTR& element, ITextContext*
 void CRenderer::m_HandleImage(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize)
 {
     const std::string id = Attr(element, ATTR_REGION);
-    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
-    if (pSurface) {
-        if (element->GetType() == ELEM_SET)
-            m_UpdateTextSurface(element, area, pSurface, cellSize);
-    } else {
-        pSurface = m_CreateTextSurface(element, area, cellSize);
-        if (!pSurface) {
-            TTML_WARN("Text surface creation failed");
-            return;
-        }
-        m_pRegionSurface->Add(id, pSurface);
-    }
+    if (!m_GetRegionSurface(id, element, area, cellSize))
+        return;
     m_pRegionContext->AddContext(id, nullptr);
     m_imageMap.emplace(id, element->GetImageData());
     // Keep the decoded image only here once the document lets go of it.

@@ -183,25 +183,27 @@ bool CTimerManager::SetFlashInterval(unsigned long long end, long long timeStamp
 
 void CTimerManager::PauseTimer()
 {
-    Lock lock(m_pMutex);
-    // Remembered without a timer too: the next one is made paused.
-    m_bPaused = true;
-    if (!m_pTimer) {
-        TTML_INFO("No timer; the next one starts paused");
-        return;
-    }
-    m_pTimer->Pause();
+    m_SetPaused(true);
 }
 
 void CTimerManager::ResumeTimer()
 {
+    m_SetPaused(false);
+}
+
+void CTimerManager::m_SetPaused(bool paused)
+{
     Lock lock(m_pMutex);
-    m_bPaused = false;
+    // Remembered without a timer too: the next one is made paused.
+    m_bPaused = paused;
     if (!m_pTimer) {
-        TTML_INFO("No timer to resume");
+        TTML_INFO(paused ? "No timer; the next one starts paused" : "No timer to resume");
         return;
     }
-    m_pTimer->Resume();
+    if (paused)
+        m_pTimer->Pause();
+    else
+        m_pTimer->Resume();
 }
 
 bool CTimerManager::IsPaused()
