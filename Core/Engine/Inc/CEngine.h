@@ -32,7 +32,8 @@ struct SubtitleRenderingInfo;
 // Threads: construction, Initialize and Destroy on the main loop (Destroy
 // also from another thread while the main loop runs); AddToQueue from the
 // parser thread; Start .. Reset from the source thread: they only post.
-// Lock order: rendering mutex, then the timer manager's mutex.
+// Lock order: rendering mutex, the timer manager's mutex, document mutex,
+// seek mutex.
 class CEngine : public CTask {
 public:
     // pGraphics: the controller's graphics object, not owned. mediaTime:
