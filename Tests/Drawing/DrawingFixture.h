@@ -6,6 +6,7 @@
 #include "IRootContainer.h"
 #include "ITextContext.h"
 #include "ITextSurface.h"
+#include "PixelBox.h"
 #include "TTMLAttr.h"
 
 #include <gtest/gtest.h>
@@ -21,13 +22,7 @@
 // rendered buffer (premultiplied 0xAARRGGBB).
 class DrawingTest : public ::testing::Test {
 public:
-    struct Box {
-        int x0 = 1 << 30, y0 = 1 << 30, x1 = -1, y1 = -1;  // inclusive; empty when x1 < x0
-        int count = 0;
-        bool Empty() const { return count == 0; }
-        int CentreY() const { return (y0 + y1) / 2; }
-        int CentreX() const { return (x0 + x1) / 2; }
-    };
+    typedef PixelBox Box;
     typedef std::function<bool(unsigned int)> Match;
 
     void SetUp() override
@@ -110,64 +105,6 @@ public:
         return markup;
     }
 
-    // Paragraphs stacked by display alignment with the pen, as the renderer
-    // does when it draws a region.
-    static void Stack(TTML::ITextSurface* pSurface, const std::vector<TTML::ITextContext*>& contexts)
-    {
-        std::string align = pSurface->GetDisplayAlign();
-        int H = 0;
-        pSurface->GetGeometry(nullptr, nullptr, nullptr, &H);
-        if (align == "before") {
-            int sum = 0;
-            for (size_t i = 0; i < contexts.size(); ++i) {
-                int h = 0;
-                contexts[i]->RenderOn(pSurface);
-                contexts[i]->GetSize(nullptr, &h);
-                if (i + 1 < contexts.size()) {
-                    pSurface->MovePen(0, h);
-                    sum += h;
-                }
-            }
-            pSurface->MovePen(0, -sum);
-        } else if (align == "after") {
-            pSurface->MovePen(0, H);
-            int sum = 0;
-            bool early = false;
-            for (size_t i = contexts.size(); i-- > 0;) {
-                int h = 0;
-                contexts[i]->GetSize(nullptr, &h);
-                sum += h;
-                pSurface->MovePen(0, -h);
-                contexts[i]->RenderOn(pSurface);
-                if (sum == H) {
-                    early = true;
-                    break;
-                }
-            }
-            if (!early)
-                pSurface->MovePen(0, sum - H);
-        } else {
-            int total = 0;
-            for (auto* pContext : contexts) {
-                int h = 0;
-                pContext->GetSize(nullptr, &h);
-                total += h;
-            }
-            int combined = std::min(total, H);
-            pSurface->MovePen(0, (H - combined) / 2);
-            for (auto* pContext : contexts) {
-                int h = 0;
-                pContext->GetSize(nullptr, &h);
-                h = std::min(h, H);
-                pContext->RenderOn(pSurface);
-                pSurface->MovePen(0, h);
-                if (h == H)
-                    break;
-            }
-            pSurface->MovePen(0, -(combined / 2) - H / 2);
-        }
-    }
-
     const unsigned int* Pixels()
     {
         m_canvas.GetPixel(0, 0);  // renders
@@ -177,18 +114,7 @@ public:
     // Bounding box of the pixels in [x, x+w) x [y, y+h) that match.
     Box Find(const Match& match, int x = 0, int y = 0, int w = 1920, int h = 1080)
     {
-        const unsigned int* pPixels = Pixels();
-        Box box;
-        for (int j = std::max(0, y); j < std::min(1080, y + h); ++j)
-            for (int i = std::max(0, x); i < std::min(1920, x + w); ++i)
-                if (match(pPixels[j * 1920 + i])) {
-                    box.x0 = std::min(box.x0, i);
-                    box.y0 = std::min(box.y0, j);
-                    box.x1 = std::max(box.x1, i);
-                    box.y1 = std::max(box.y1, j);
-                    ++box.count;
-                }
-        return box;
+        return PixelBox::Find(Pixels(), match, x, y, w, h);
     }
 
     // Channels of a premultiplied pixel, each within tol of the given ones.

@@ -73,8 +73,7 @@ public:
     void SetUp() override
     {
         MainLoopTest::SetUp();
-        m_pEngine = new CEngine(m_pGraphics);
-        m_pEngine->SetMediaTimeSource(Clock_Cb, &m_clock);
+        m_pEngine = new CEngine(m_pGraphics, [this](long long* pTime) { return m_clock.Now(*pTime); });
     }
 
     void TearDown() override
@@ -92,15 +91,6 @@ public:
     {
         ASSERT_TRUE(m_pEngine->Initialize(mode));
         ASSERT_TRUE(m_pEngine->Start(bandMode));
-    }
-
-    static bool Clock_Cb(void* pUser, long long* pTime)
-    {
-        long long now = 0;
-        if (!static_cast<CMediaClock*>(pUser)->Now(now))
-            return false;
-        *pTime = now;
-        return true;
     }
 
     // Runs the loop until done() holds (polled on the loop every 5 ms). The
@@ -223,6 +213,11 @@ TEST_P(Play, DrawsAndRemovesInOrder)
 INSTANTIATE_TEST_SUITE_P(
     Engine, Play,
     ::testing::Values(
+        // The later paragraph comes first in the document: the media clock decides.
+        PlayCase{"DocumentOrderIsNotTimeOrder",
+                 {{0, {{400, 500}, {100, 250}}}},
+                 {"D100@100", "R100@250", "D400@400", "R400@500"},
+                 {}},
         // One expiry removes one and draws the next.
         PlayCase{"BackToBack",
                  {{0, {{100, 200}, {200, 300}, {300, 400}}}},
@@ -244,22 +239,6 @@ INSTANTIATE_TEST_SUITE_P(
                  {"R20@200", "D120@200", "R120@300", "D350@350", "R350@420"},
                  {"Current time is greater than the end time of subtitle; returning!!!"}}),
     [](const ::testing::TestParamInfo<PlayCase>& info) { return std::string(info.param.name); });
-
-// The later paragraph comes first in the document: the media clock decides.
-TEST_F(EngineLoop, RemovalFollowsTheMediaClockNotTheDocumentOrder)
-{
-    Init(kResyncMode);
-    At(0, [this] { m_pEngine->AddToQueue(MakeDocument(m_ledger, {{400, 500}, {100, 250}})); });
-    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= 4; }));
-    EXPECT_EQ((std::vector<std::string>{"D100", "R100", "D400", "R400"}), Trace());
-    std::vector<long long> drawn = MediaTimes('D'), removed = MediaTimes('R');
-    ASSERT_EQ(2u, drawn.size());
-    ASSERT_EQ(2u, removed.size());
-    EXPECT_GE(drawn[0], 100 - kEarlyMs);
-    EXPECT_GE(removed[0], 250 - kEarlyMs);
-    EXPECT_GE(drawn[1], 400 - kEarlyMs);
-    EXPECT_GE(removed[1], 500 - kEarlyMs);
-}
 
 // --- Pause and seek ---------------------------------------------------------------
 

@@ -32,8 +32,10 @@ public:
     void SetUp() override
     {
         MainLoopTest::SetUp();
-        m_pEngine = new CEngine(m_pGraphics);
-        m_pEngine->SetMediaTimeSource(Clock_Cb, this);
+        m_pEngine = new CEngine(m_pGraphics, [this](long long* pTime) {
+            *pTime = m_mediaTime;
+            return m_haveTime.load();
+        });
         ASSERT_TRUE(m_pEngine->Initialize(0));
         ASSERT_TRUE(m_pEngine->Start(false));
     }
@@ -44,13 +46,6 @@ public:
         delete m_pEngine;
         CTTMLMenu::Destroy();
         MainLoopTest::TearDown();
-    }
-
-    static bool Clock_Cb(void* pUser, long long* pTime)
-    {
-        EnginePlayback* pSelf = static_cast<EnginePlayback*>(pUser);
-        *pTime = pSelf->m_mediaTime;
-        return pSelf->m_haveTime;
     }
 
     // Drawings and removals so far, as the engine reports them.

@@ -85,16 +85,12 @@ public:
 // Scripted media time and an engine-like callback that counts its calls.
 class TimerManagerTest : public ::testing::Test {
 protected:
-    TimerManagerTest() : m_manager(&m_graphics, OnTimer_Cb, this)
+    TimerManagerTest()
+        : m_manager(&m_graphics, OnTimer_Cb, this, [this](long long* pTime) {
+              *pTime = m_mediaTime;
+              return m_haveMediaTime;
+          })
     {
-        m_manager.SetMediaTimeSource(MediaTime_Cb, this);
-    }
-
-    static bool MediaTime_Cb(void* pUser, long long* pTime)
-    {
-        TimerManagerTest* pSelf = static_cast<TimerManagerTest*>(pUser);
-        *pTime = pSelf->m_mediaTime;
-        return pSelf->m_haveMediaTime;
     }
 
     static unsigned char OnTimer_Cb(void* pData)

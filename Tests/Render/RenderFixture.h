@@ -11,6 +11,7 @@
 #include "CTTMLMenu.h"
 #include "CTextContext.h"
 #include "CTextSurface.h"
+#include "PixelBox.h"
 #include "SubRawData.h"
 
 #include <list>
@@ -121,28 +122,13 @@ public:
                    : dynamic_cast<TTML::CTextContext*>(static_cast<TTML::ITextContext*>(*it));
     }
 
-    struct Box {
-        int x0 = 1 << 30, y0 = 1 << 30, x1 = -1, y1 = -1;  // inclusive; empty when x1 < x0
-        int count = 0;
-        bool Empty() const { return count == 0; }
-    };
+    typedef PixelBox Box;
 
     // Pixels of the canvas for which match(argb) holds, in (x, y, w, h).
     template <typename F>
     Box Find(F match, int x = 0, int y = 0, int w = 1920, int h = 1080)
     {
-        const unsigned int* pPixels = m_canvas.RenderPixels();
-        Box box;
-        for (int j = std::max(0, y); j < std::min(1080, y + h); ++j)
-            for (int i = std::max(0, x); i < std::min(1920, x + w); ++i)
-                if (match(pPixels[static_cast<std::size_t>(j) * 1920 + static_cast<std::size_t>(i)])) {
-                    box.x0 = std::min(box.x0, i);
-                    box.y0 = std::min(box.y0, j);
-                    box.x1 = std::max(box.x1, i);
-                    box.y1 = std::max(box.y1, j);
-                    ++box.count;
-                }
-        return box;
+        return PixelBox::Find(m_canvas.RenderPixels(), match, x, y, w, h);
     }
 
     Box FindColour(unsigned int argb, int x = 0, int y = 0, int w = 1920, int h = 1080)

@@ -125,6 +125,8 @@ INSTANTIATE_TEST_SUITE_P(
                       EXPECT_LE(edge.x0, text.x0);
                       EXPECT_GE(edge.x1, text.x1);
                   }},
+        PixelCase{"MenuFontOpacityNone", Bottom("tts:color=\"#FFFFFF\""), {1, 3, 0, 0},
+                  [](RenderTest& t, const Region&) { EXPECT_TRUE(t.FindColour(kWhite).Empty()); }},
         PixelCase{"DocumentOutline", Imsc("", "tts:color=\"#FFFFFF\" tts:textOutline=\"#FF0000 4px\""), {},
                   [](RenderTest& t, const Region& r) {
                       EXPECT_TRUE(Inside(t.FindColour(kRed), r));

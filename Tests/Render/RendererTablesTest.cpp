@@ -1,5 +1,5 @@
-// The renderer's numbers, each a table: cell sizes, font factors, font size
-// and line gap, menu opacities, menu font sizes, edge types; the shared
+// The renderer's numbers, each a table: cell sizes, font size and line gap
+// by family and flag, edge types, menu font sizes and styles; the shared
 // region surfaces; paragraph stacking by display alignment.
 
 #include "RenderFixture.h"
@@ -48,32 +48,6 @@ INSTANTIATE_TEST_SUITE_P(Render, CellSize,
                                            CellCase{"NoRootContainer", "32 15", false, 0, 0}),
                          [](const ::testing::TestParamInfo<CellCase>& info) { return info.param.name; });
 
-// ---- Font factors by family and font-scale flag ----------------------------
-
-struct FactorCase {
-    const char* family;
-    bool flag;
-    double size, lineHeight;
-};
-
-class FontFactors : public ::testing::TestWithParam<FactorCase> {};
-
-TEST_P(FontFactors, FollowTheFamilyAndFlag)
-{
-    CRenderer::FontFactors f;
-    CRenderer::GetFontFactors(GetParam().family, GetParam().flag, f);
-    EXPECT_DOUBLE_EQ(GetParam().size, f.fontSizeFactor);
-    EXPECT_DOUBLE_EQ(GetParam().lineHeight, f.lineHeightFactor);
-}
-
-INSTANTIATE_TEST_SUITE_P(Render, FontFactors,
-                         ::testing::Values(FactorCase{"monospace", false, 0.83, 0.8},
-                                           FactorCase{"Noto Sans Mono", true, 0.8, 0.7},
-                                           FactorCase{"LettrGoth12 BT", false, 0.83, 0.8},
-                                           FactorCase{"Monospace", false, 0.91, 0.82},  // exact names only
-                                           FactorCase{"proportionalSansSerif", false, 0.91, 0.82},
-                                           FactorCase{"", true, 0.9, 0.77}));
-
 // ---- Font size and line gap, scaled once -----------------------------------
 
 struct SizeCase {
@@ -82,6 +56,7 @@ struct SizeCase {
     const char* lineHeight;
     bool flag;
     double px, gap;
+    const char* family = "";
 };
 
 void PrintTo(const SizeCase& c, std::ostream* os) { *os << c.name; }
@@ -92,7 +67,9 @@ TEST_P(FontSize, IsScaledOnceAndSetsTheLineGap)
 {
     const SizeCase& c = GetParam();
     CSubtitleInfo* pInfo = Parse(Ebu("<style xml:id=\"s\" tts:fontSize=\"" + std::string(c.fontSize) +
-                                         "\" tts:lineHeight=\"" + c.lineHeight + "\"/>",
+                                         "\" tts:lineHeight=\"" + c.lineHeight + "\"" +
+                                         (*c.family ? std::string(" tts:fontFamily=\"") + c.family + "\"" : "") +
+                                         "/>",
                                      "<region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/>",
                                      "<div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\" style=\"s\">Words</p></div>"));
     const std::list<CElementSPTR> elements = At(pInfo, 1000);
@@ -112,33 +89,15 @@ INSTANTIATE_TEST_SUITE_P(
                       SizeCase{"OneCellScaleFlag", "100%", "normal", true, 64.8, 0.77 * 90 - 64.8},
                       SizeCase{"HalfCell", "50%", "normal", false, 32.76, 0.82 * 45 - 32.76},
                       SizeCase{"TightLineHeight", "100%", "100%", false, 65.52, 0.0},  // negative gap clamped
-                      SizeCase{"TightWithFlagStaysNegative", "100%", "100%", true, 64.8, 0.77 * 72 - 64.8}),
+                      SizeCase{"TightWithFlagStaysNegative", "100%", "100%", true, 64.8, 0.77 * 72 - 64.8},
+                      // Monospaced families by exact name only.
+                      SizeCase{"Monospace", "100%", "normal", false, 0.83 * 72, 0.8 * 90 - 0.83 * 72, "monospace"},
+                      SizeCase{"MonoWithFlag", "100%", "normal", true, 0.8 * 72, 0.7 * 90 - 0.8 * 72, "Noto Sans Mono"},
+                      SizeCase{"LettrGoth", "100%", "normal", false, 0.83 * 72, 0.8 * 90 - 0.83 * 72, "LettrGoth12 BT"},
+                      SizeCase{"CapitalisedIsNotMono", "100%", "normal", false, 65.52, 8.28, "Monospace"}),
     [](const ::testing::TestParamInfo<SizeCase>& info) { return info.param.name; });
 
-// ---- Menu opacity and edge types --------------------------------------------
-
-struct OpacityCase {
-    int value;
-    uint16_t alpha;
-    bool defaultOpacity;
-};
-
-class MenuOpacity : public ::testing::TestWithParam<OpacityCase> {};
-
-TEST_P(MenuOpacity, SetsAlphaAndClearsDefault)
-{
-    TTMLColor colour;
-    colour.alpha = 65535;
-    CRenderer::ApplyMenuOpacity(GetParam().value, colour);
-    EXPECT_EQ(GetParam().alpha, colour.alpha);
-    EXPECT_EQ(GetParam().defaultOpacity, colour.defaultOpacity);
-}
-
-INSTANTIATE_TEST_SUITE_P(Render, MenuOpacity,
-                         ::testing::Values(OpacityCase{0, 65535, true}, OpacityCase{1, 65535, true},
-                                           OpacityCase{2, 32767, false}, OpacityCase{3, 0, false},
-                                           OpacityCase{4, 65535, true}, OpacityCase{5, 49151, false},
-                                           OpacityCase{6, 16383, false}, OpacityCase{7, 65535, true}));
+// ---- Edge types --------------------------------------------------------------
 
 struct EdgeCase {
     int type;

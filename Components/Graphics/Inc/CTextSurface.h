@@ -71,6 +71,8 @@ public:
     bool IsRightToLeft() const { return m_bRtl; }
     bool IsBackgroundVisible() const { return m_bBackgroundVisible; }
 
+    // Shows or hides an object; null does nothing.
+    static void ShowIf(Evas_Object* pObject, bool visible);
     // Canvas object bookkeeping shared with CTextContext: the slot is cleared
     // when the canvas deletes the object first (the root container takes its
     // members with it).

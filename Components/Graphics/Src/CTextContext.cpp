@@ -2,10 +2,9 @@
 
 #include "CFontFamilyMap.h"
 #include "CRootContainer.h"
+#include "CTextMarkup.h"
 #include "CTextSurface.h"
-#include "TTMLAttr.h"
 #include "TTMLLog.h"
-#include "Util.h"
 
 #include <Ecore.h>
 
@@ -18,195 +17,6 @@ namespace TTML {
 
 namespace {
 
-typedef std::vector<std::pair<std::string, std::string>> TagItems;
-
-const char* const kRunOpen = "<font=";
-
-int To8(uint16_t channel)
-{
-    return channel / 257;
-}
-
-std::string Hex8(int r, int g, int b, int a)
-{
-    char buf[16];
-    snprintf(buf, sizeof(buf), "#%02x%02x%02x%02x", r & 0xff, g & 0xff, b & 0xff, a & 0xff);
-    return buf;
-}
-
-std::string ColourHex(const TTMLColor& c)
-{
-    return Hex8(To8(c.red), To8(c.green), To8(c.blue), To8(c.alpha));
-}
-
-// A colour value as the parser stores it (code, rgb()/rgba(), or a name).
-bool ParseColour(std::string value, TTMLColor& out)
-{
-    StrTrimLeft(value);
-    StrTrimRight(value);
-    if (value.empty())
-        return false;
-    ConvertColorNameToColorCode(value);
-    if (value[0] != '#' && value.find('(') == std::string::npos)
-        return false;
-    ConvertDistributionColorType(value, out);
-    return true;
-}
-
-// "#rrggbbaa" or "#rrggbb" as written in our markup; false otherwise.
-bool ParseHex(const std::string& hex, int rgba[4])
-{
-    if (hex.size() != 7 && hex.size() != 9)
-        return false;
-    if (hex[0] != '#')
-        return false;
-    for (int i = 0; i < 4; ++i) {
-        if (i == 3 && hex.size() == 7) {
-            rgba[3] = 255;
-            break;
-        }
-        char* pEnd = nullptr;
-        std::string piece = hex.substr(1 + 2 * i, 2);
-        long v = strtol(piece.c_str(), &pEnd, 16);
-        if (*pEnd)
-            return false;
-        rgba[i] = (int)v;
-    }
-    return true;
-}
-
-std::string EscapeText(const std::string& text)
-{
-    std::string out;
-    out.reserve(text.size() + 8);
-    for (char c : text) {
-        switch (c) {
-        case '&': out += "&amp;"; break;
-        case '<': out += "&lt;"; break;
-        case '>': out += "&gt;"; break;
-        case '\n': out += "<br/>"; break;
-        case '\t': out += "<tab/>"; break;
-        case '\r': break;
-        default: out += c;
-        }
-    }
-    return out;
-}
-
-// Markup value: family names keep their spaces inside quotes.
-std::string QuoteFamily(const std::string& family)
-{
-    return "'" + family + "'";
-}
-
-// Items of a tag's inside ("font='A B' font_size=40"), quotes respected.
-TagItems ParseTag(const std::string& inner)
-{
-    TagItems items;
-    size_t i = 0;
-    while (i < inner.size()) {
-        while (i < inner.size() && inner[i] == ' ')
-            ++i;
-        if (i >= inner.size())
-            break;
-        size_t start = i;
-        char quote = 0;
-        while (i < inner.size() && (quote || inner[i] != ' ')) {
-            if (quote && inner[i] == quote)
-                quote = 0;
-            else if (!quote && (inner[i] == '\'' || inner[i] == '"'))
-                quote = inner[i];
-            ++i;
-        }
-        std::string item = inner.substr(start, i - start);
-        size_t eq = item.find('=');
-        if (eq == std::string::npos)
-            items.emplace_back(item, "");
-        else
-            items.emplace_back(item.substr(0, eq), item.substr(eq + 1));
-    }
-    return items;
-}
-
-std::string JoinTag(const TagItems& items)
-{
-    std::string out = "<";
-    for (size_t i = 0; i < items.size(); ++i) {
-        if (i)
-            out += ' ';
-        out += items[i].first;
-        if (!items[i].second.empty())
-            out += "=" + items[i].second;
-    }
-    return out + ">";
-}
-
-std::string GetItem(const TagItems& items, const std::string& key)
-{
-    for (const auto& item : items)
-        if (item.first == key)
-            return item.second;
-    return std::string();
-}
-
-void SetItem(TagItems& items, const std::string& key, const std::string& value)
-{
-    for (auto& item : items)
-        if (item.first == key) {
-            item.second = value;
-            return;
-        }
-    items.emplace_back(key, value);
-}
-
-// The text's colour, with the lines drawn through and under it, which are
-// part of the text: a new colour or opacity reaches them too.
-void SetTextColour(TagItems& items, const std::string& colour)
-{
-    SetItem(items, "color", colour);
-    for (const char* line : {"underline_color", "strikethrough_color"})
-        if (!GetItem(items, line).empty())
-            SetItem(items, line, colour);
-}
-
-// Calls edit(k, items) for the k-th run tag of markup and returns the
-// markup with the edited tags.
-template <typename F>
-std::string EditRuns(const std::string& markup, F edit)
-{
-    std::string out;
-    out.reserve(markup.size() + 64);
-    size_t pos = 0;
-    int k = 0;
-    while (true) {
-        size_t open = markup.find(kRunOpen, pos);
-        if (open == std::string::npos)
-            break;
-        size_t close = open + 1;
-        char quote = 0;
-        for (; close < markup.size(); ++close) {
-            char c = markup[close];
-            if (quote) {
-                if (c == quote)
-                    quote = 0;
-            } else if (c == '\'' || c == '"') {
-                quote = c;
-            } else if (c == '>') {
-                break;
-            }
-        }
-        if (close >= markup.size())
-            break;  // unterminated tag: leave the rest as it is
-        out.append(markup, pos, open - pos);
-        TagItems items = ParseTag(markup.substr(open + 1, close - open - 1));
-        edit(k++, items);
-        out += JoinTag(items);
-        pos = close + 1;
-    }
-    out.append(markup, pos, std::string::npos);
-    return out;
-}
-
 // Outline offsets below a pixel still show, as one pixel.
 int EdgePixels(double v)
 {
@@ -216,21 +26,6 @@ int EdgePixels(double v)
     if (r == 0)
         r = v < 0 ? -1 : 1;
     return r;
-}
-
-std::string PxNumber(const std::string& value, bool* ok)
-{
-    double px = 0;
-    *ok = false;
-    if (value.size() > 2 && value.compare(value.size() - 2, 2, "px") == 0) {
-        char* pEnd = nullptr;
-        px = strtod(value.c_str(), &pEnd);
-        if (pEnd && std::string(pEnd) == "px" && px > 0)
-            *ok = true;
-    }
-    char buf[32];
-    snprintf(buf, sizeof(buf), "%ld", std::lround(px));
-    return buf;
 }
 
 const int kDefaultFontPx = 40;
@@ -301,7 +96,7 @@ void CTextContext::SetTextStyle(const std::string& /*text*/, bool decoration, Co
         run.background = colours->first;
         if (!colours->second.defaultOpacity) {
             run.bTextAlpha = true;
-            run.textAlpha = To8(colours->second.alpha);
+            run.textAlpha = CTextMarkup::To8(colours->second.alpha);
         }
     }
     if (outline)
@@ -390,6 +185,17 @@ bool CTextContext::GetTextRect(int* x, int* y, int* w, int* h) const
     return true;
 }
 
+std::string CTextContext::FormatText(const std::map<int, std::string>& attributes)
+{
+    m_runs.emplace_back();
+    return CTextMarkup::FormatRun(attributes, m_fontSize);
+}
+
+void CTextContext::ReplaceAttribute(std::string& markup, int attribute, const std::string& value)
+{
+    CTextMarkup::ReplaceAttribute(markup, attribute, value);
+}
+
 std::string CTextContext::GetPlainText() const
 {
     std::string plain;
@@ -419,112 +225,6 @@ void CTextContext::SetFillLineGap(bool fill)
 {
     m_bFillLineGap = fill;
     m_bDirty = true;
-}
-
-std::string CTextContext::FormatText(const std::map<int, std::string>& attributes)
-{
-    auto get = [&](int key) {
-        auto it = attributes.find(key);
-        return it == attributes.end() ? std::string() : it->second;
-    };
-    TagItems items;
-    std::string family = get(ATTR_FONTFAMILY);
-    items.emplace_back("font", QuoteFamily(family.empty() ? CFontFamilyMap::DefaultFamily()
-                                                          : CFontFamilyMap::Resolve(family)));
-    bool ok = false;
-    std::string size = PxNumber(get(ATTR_FONTSIZE), &ok);
-    if (!ok && m_fontSize > 0)
-        size = PxNumber(std::to_string(m_fontSize) + "px", &ok);
-    if (ok)
-        items.emplace_back("font_size", size);
-
-    bool hidden = get(ATTR_VISIBILITY) == "hidden";
-    TTMLColor colour;
-    colour.alpha = colour.red = colour.green = colour.blue = 65535;
-    ParseColour(get(ATTR_COLOR), colour);
-    if (hidden)
-        colour.alpha = 0;
-    items.emplace_back("color", ColourHex(colour));
-
-    if (get(ATTR_FONTWEIGHT) == "bold")
-        items.emplace_back("font_weight", "bold");
-    std::string style = get(ATTR_FONTSTYLE);
-    if (style == "italic" || style == "oblique")
-        items.emplace_back("font_style", style);
-
-    std::string decoration = get(ATTR_TEXTDECORATION);
-    if (!hidden && !decoration.empty() && decoration != "none" && IsDigits(decoration)) {
-        long mask = strtol(decoration.c_str(), nullptr, 10);
-        if (mask & 2) {
-            items.emplace_back("underline", "on");
-            items.emplace_back("underline_color", ColourHex(colour));
-        }
-        if (mask & 8) {
-            items.emplace_back("strikethrough", "on");
-            items.emplace_back("strikethrough_color", ColourHex(colour));
-        }
-    }
-    TTMLColor background;
-    if (!hidden && ParseColour(get(ATTR_BACKGROUNDCOLOR), background) && background.alpha > 0) {
-        items.emplace_back("backing", "on");
-        items.emplace_back("backing_color", ColourHex(background));
-    }
-    m_runs.emplace_back();
-    return JoinTag(items) + EscapeText(get(ATTR_TEXT)) + "</>";
-}
-
-void CTextContext::ReplaceAttribute(std::string& markup, int attribute, const std::string& value)
-{
-    switch (attribute) {
-    case ATTR_FONTSIZE: {
-        bool ok = false;
-        std::string size = PxNumber(value, &ok);
-        if (!ok) {
-            TTML_WARN("Font size [%s] is not in pixels", value.c_str());
-            return;
-        }
-        markup = EditRuns(markup, [&](int, TagItems& items) { SetItem(items, "font_size", size); });
-        return;
-    }
-    case ATTR_FONTFAMILY: {
-        std::string family = QuoteFamily(CFontFamilyMap::Resolve(value));
-        markup = EditRuns(markup, [&](int, TagItems& items) { SetItem(items, "font", family); });
-        return;
-    }
-    case ATTR_COLOR:
-    case ATTR_BACKGROUNDCOLOR: {
-        TTMLColor colour;
-        if (!ParseColour(value, colour)) {
-            TTML_WARN("Invalid colour [%s]", value.c_str());
-            return;
-        }
-        bool text = attribute == ATTR_COLOR;
-        markup = EditRuns(markup, [&](int, TagItems& items) {
-            int old[4] = {0, 0, 0, 0};
-            if (text) {
-                // Each run keeps its alpha: hidden text stays hidden.
-                int alpha = ParseHex(GetItem(items, "color"), old) ? old[3] : To8(colour.alpha);
-                SetTextColour(items, Hex8(To8(colour.red), To8(colour.green), To8(colour.blue), alpha));
-            } else {
-                SetItem(items, "backing", colour.alpha ? "on" : "off");
-                SetItem(items, "backing_color", ColourHex(colour));
-            }
-        });
-        return;
-    }
-    case ATTR_FONTWEIGHT:
-        markup = EditRuns(markup, [&](int, TagItems& items) {
-            SetItem(items, "font_weight", value == "bold" ? "bold" : "normal");
-        });
-        return;
-    case ATTR_FONTSTYLE:
-        markup = EditRuns(markup, [&](int, TagItems& items) {
-            SetItem(items, "font_style", value == "italic" || value == "oblique" ? value : "normal");
-        });
-        return;
-    default:
-        TTML_WARN("Attribute %d cannot be replaced in markup", attribute);
-    }
 }
 
 bool CTextContext::m_IsRightToLeft() const
@@ -655,45 +355,48 @@ bool CTextContext::m_Layout()
         return false;
 
     // Text layer: text colours (menu alpha applied), no backgrounds.
-    std::string text = EditRuns(m_markup, [&](int k, TagItems& items) {
+    std::string text = CTextMarkup::EditRuns(m_markup, [&](int k, CTextMarkup::Items& items) {
         if (k < (int)m_runs.size() && m_runs[k].bTextAlpha) {
-            int c[4];
-            if (ParseHex(GetItem(items, "color"), c))
-                SetTextColour(items, Hex8(c[0], c[1], c[2], m_runs[k].textAlpha));
+            TTMLColor c;
+            if (CTextMarkup::ReadColour(CTextMarkup::GetItem(items, "color"), c)) {
+                c.alpha = static_cast<uint16_t>(m_runs[k].textAlpha * 257);
+                CTextMarkup::SetTextColour(items, CTextMarkup::WriteColour(c));
+            }
         }
-        SetItem(items, "backing", "off");
+        CTextMarkup::SetItem(items, "backing", "off");
     });
     // Backing layer: backgrounds only.
-    std::string backing = EditRuns(m_markup, [&](int k, TagItems& items) {
-        SetItem(items, "color", "#00000000");
-        SetItem(items, "underline", "off");
-        SetItem(items, "strikethrough", "off");
+    std::string backing = CTextMarkup::EditRuns(m_markup, [&](int k, CTextMarkup::Items& items) {
+        CTextMarkup::SetItem(items, "color", "#00000000");
+        CTextMarkup::SetItem(items, "underline", "off");
+        CTextMarkup::SetItem(items, "strikethrough", "off");
         if (k < (int)m_runs.size() && m_runs[k].bBackground) {
             const TTMLColor& bg = m_runs[k].background;
-            SetItem(items, "backing", bg.alpha ? "on" : "off");
-            SetItem(items, "backing_color", ColourHex(bg));
+            CTextMarkup::SetItem(items, "backing", bg.alpha ? "on" : "off");
+            CTextMarkup::SetItem(items, "backing_color", CTextMarkup::WriteColour(bg));
         }
     });
     // Edge layers: the text in its edge colour.
-    std::string edge = EditRuns(text, [&](int k, TagItems& items) {
+    std::string edge = CTextMarkup::EditRuns(text, [&](int k, CTextMarkup::Items& items) {
         std::string colour = "#00000000";
         if (k < (int)m_runs.size() && m_runs[k].outline.type > 0) {
             const TextOutline& o = m_runs[k].outline;
-            int c[4] = {0, 0, 0, 255};
-            ParseHex(GetItem(items, "color"), c);
+            TTMLColor c;
+            c.alpha = 65535;
+            CTextMarkup::ReadColour(CTextMarkup::GetItem(items, "color"), c);
             if (o.color.alpha > 0)
-                colour = ColourHex(o.color);
+                colour = CTextMarkup::WriteColour(o.color);
             else if (o.type == 6)
-                colour = Hex8(c[0], c[1], c[2], c[3]);
+                colour = CTextMarkup::WriteColour(c);
             else
-                colour = Hex8(0, 0, 0, c[3]);
+                colour = CTextMarkup::WriteColour(0, 0, 0, CTextMarkup::To8(c.alpha));
         }
-        SetItem(items, "color", colour);
-        SetItem(items, "underline", "off");
-        SetItem(items, "strikethrough", "off");
+        CTextMarkup::SetItem(items, "color", colour);
+        CTextMarkup::SetItem(items, "underline", "off");
+        CTextMarkup::SetItem(items, "strikethrough", "off");
         if (outlined) {
-            SetItem(items, "style", soft ? "soft_outline" : "outline");
-            SetItem(items, "outline_color", colour);
+            CTextMarkup::SetItem(items, "style", soft ? "soft_outline" : "outline");
+            CTextMarkup::SetItem(items, "outline_color", colour);
         }
     });
 
@@ -738,10 +441,10 @@ bool CTextContext::m_Layout()
         evas_object_resize(pEdge, m_blockW, blockH);
     if (m_pParaBg) {
         TTMLColor c = m_paraBackground;
-        int a = To8(c.alpha);
+        int a = CTextMarkup::To8(c.alpha);
         // Rectangles take premultiplied colour.
-        evas_object_color_set(m_pParaBg, To8(c.red) * a / 255, To8(c.green) * a / 255,
-                              To8(c.blue) * a / 255, a);
+        evas_object_color_set(m_pParaBg, CTextMarkup::To8(c.red) * a / 255, CTextMarkup::To8(c.green) * a / 255,
+                              CTextMarkup::To8(c.blue) * a / 255, a);
         evas_object_resize(m_pParaBg, m_lastW, m_lastH);
     }
     m_bDirty = false;
@@ -834,19 +537,11 @@ void CTextContext::ApplyVisibility()
     bool on = m_pSurface != nullptr;
     bool text = on && m_bTextVisible;
     bool backgrounds = on && m_pSurface->IsBackgroundVisible();
-    auto show = [](Evas_Object* pObject, bool visible) {
-        if (!pObject)
-            return;
-        if (visible)
-            evas_object_show(pObject);
-        else
-            evas_object_hide(pObject);
-    };
-    show(m_pParaBg, backgrounds && m_paraBackground.alpha > 0);
-    show(m_pBacking, backgrounds);
+    CTextSurface::ShowIf(m_pParaBg, backgrounds && m_paraBackground.alpha > 0);
+    CTextSurface::ShowIf(m_pBacking, backgrounds);
     for (Evas_Object* pEdge : m_edges)
-        show(pEdge, text);
-    show(m_pText, text);
+        CTextSurface::ShowIf(pEdge, text);
+    CTextSurface::ShowIf(m_pText, text);
 }
 
 }  // namespace TTML

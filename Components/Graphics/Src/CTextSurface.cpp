@@ -20,7 +20,9 @@ void OnObjectDel_Cb(void* data, Evas* /*e*/, Evas_Object* /*obj*/, void* /*info*
     *static_cast<Evas_Object**>(data) = nullptr;
 }
 
-void ShowIf(Evas_Object* pObject, bool visible)
+}  // namespace
+
+void CTextSurface::ShowIf(Evas_Object* pObject, bool visible)
 {
     if (!pObject)
         return;
@@ -29,8 +31,6 @@ void ShowIf(Evas_Object* pObject, bool visible)
     else
         evas_object_hide(pObject);
 }
-
-}  // namespace
 
 void CTextSurface::TrackObject(Evas_Object** slot)
 {

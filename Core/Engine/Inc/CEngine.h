@@ -5,16 +5,13 @@
 #include "CTimerManager.h"
 
 #include <atomic>
-#include <list>
 
 namespace TTML {
 
-class CGraphicsEngine;
-class CRenderingData;
-class CSubtitleInfo;
-class CTimerData;
+class CDocumentKeeper;
+class CPresenter;
+class CRecordBuilder;
 class IGraphics;
-class IMutex;
 struct SubtitleRenderingInfo;
 
 // The presentation engine. Its worker thread ("Engine") cuts each parsed
@@ -24,6 +21,10 @@ struct SubtitleRenderingInfo;
 // loop in step with the media time. Playback notifications and caption menu
 // changes are carried out on the main loop.
 //
+// This class is the lifecycle and the posting: the records are built by a
+// CRecordBuilder, shown and removed by a CPresenter, and the documents kept
+// by a CDocumentKeeper, all three owned here.
+//
 // Ownership: a document given to AddToQueue belongs to the engine, which
 // deletes it exactly once (kept as the current document or in the band-mode
 // list until replaced, reset or destroyed, or dropped unread). The graphics
@@ -31,11 +32,15 @@ struct SubtitleRenderingInfo;
 // Threads: construction, Initialize and Destroy on the main loop (Destroy
 // also from another thread while the main loop runs); AddToQueue from the
 // parser thread; Start .. Reset from the source thread: they only post.
-// Lock order: rendering mutex, then the timer manager's mutex.
+// Lock order: rendering mutex, the timer manager's mutex, document mutex,
+// seek mutex.
 class CEngine : public CTask {
 public:
-    // pGraphics: the controller's graphics object, not owned.
-    explicit CEngine(IGraphics* pGraphics);
+    // pGraphics: the controller's graphics object, not owned. mediaTime:
+    // where the timer reads the media time; empty reads it from the core
+    // controller.
+    explicit CEngine(IGraphics* pGraphics,
+                     CTimerManager::MediaTimeSource mediaTime = CTimerManager::MediaTimeSource());
     // Calls Destroy (with a warning) when the owner forgot.
     ~CEngine() override;
     CEngine(const CEngine&) = delete;
@@ -62,10 +67,6 @@ public:
     // Ends the thread and frees everything; waits for the main loop.
     void Destroy();
 
-    // Tests and tools: where the timer reads the media time (null: the
-    // core controller). Set before documents arrive.
-    void SetMediaTimeSource(CTimerManager::MediaTimeSource source, void* pUser);
-
 private:
     // One request for the main loop.
     struct MainLoopThreadSafCallData {
@@ -73,6 +74,9 @@ private:
         void* m_pData = nullptr;
         CEngine* m_pEngine = nullptr;
     };
+    // A main-loop handler, by message id; pData is the request's payload.
+    typedef void (CEngine::*MainLoopHandler)(void* pData);
+    static const MainLoopHandler m_mainLoopHandlers[];
 
     // Nonzero when the request did not run (then data is still the caller's).
     int m_DoMainLoopThreadSafeCall(void* pData, int msgId, bool sync);
@@ -83,54 +87,25 @@ private:
     // Engine thread.
     void m_ProcessQueue(void* pData);
     void m_ManageSubtitle(SubtitleRenderingInfo* pRenderingData);
-    // Deletes a document dropped unread.
-    void m_DropDocument(CSubtitleInfo* pSubtitleInfo);
-    // Destroys the renderer and deletes the record.
-    void m_DeleteRecord(SubtitleRenderingInfo* pRecord);
 
     // Main loop handlers of the request table.
-    void m_Destroy();
-    void m_Reset();
-    void m_AddSubtitleData(SubtitleRenderingInfo* pSubData);
-    void m_Pause();
-    void m_Resume();
-    void m_Seek(long long* pPosition);
-    void m_SeekCompleted();
-    void m_UpdateCurrentSubtitle();
-    // Arms for the front of the schedule when no timer is armed.
-    void m_ArmIfIdle();
-
-    // Main loop, timer side.
-    bool m_SyncNextSubtitle();
-    static unsigned char m_OnTimer_Cb(void* pData);
-    bool m_OnViewUpdate(CTimerData* pTimerData);
-    void m_OnTextRender(SubtitleRenderingInfo* pRenderingInfo);
-    void m_OnTextRemove(SubtitleRenderingInfo* pRenderingInfo);
-    void m_RemoveTimerAndData();
-    void m_DestroySubtitleInfo(bool all, unsigned long long time);
+    void m_Destroy(void* pData);
+    void m_Reset(void* pData);
+    void m_AddSubtitleData(void* pSubData);
+    void m_Pause(void* pData);
+    void m_Resume(void* pData);
+    void m_Seek(void* pPosition);
+    void m_SeekCompleted(void* pData);
+    void m_UpdateCurrentSubtitle(void* pData);
 
     // Thread of the menu notification.
     static void m_OnMenuUpdateCb(void* pData);
 
-    IGraphics* m_pGraphics;             // not owned
-    CTimerManager* m_pTimerManager;     // owned
-    CGraphicsEngine* m_pGraphicsEngine; // owned
-    int m_subtitleMode;
-    bool m_bSeekPending;
-    long long m_seekPosition;           // media time in ms
-    IMutex* m_pSeekMutex;               // owned; guards the two above
-    CSubtitleInfo* m_pSubtitleInfo;     // out of band only; owned
-    std::list<CSubtitleInfo*> m_subtitleInfoList;  // band mode only; owned
-    bool m_bOutOfBand;
-    int m_documentsInFlight;  // queued (or replayed) and not yet kept or dropped
-    bool m_bReplayWanted;     // a seek completed while documents were in flight
-    IMutex* m_pSubtitleInfoMutex;       // owned; guards the five above
-    CRenderingData* m_pRenderingData;   // owned
-    // Records whose request never reached the main loop (stop state); they
-    // are deleted there, with the schedule, so renderers die on the main loop.
-    std::list<SubtitleRenderingInfo*> m_unscheduled;
-    IMutex* m_pRenderingMutex;          // owned; guards the schedule and the list above
-    std::atomic<bool> m_bInitialized;   // this object holds m_bCreated
+    IGraphics* m_pGraphics;          // not owned
+    CDocumentKeeper* m_pKeeper;      // owned; outlives the presenter
+    CPresenter* m_pPresenter;        // owned
+    CRecordBuilder* m_pBuilder;      // owned; uses the presenter's graphics engine
+    std::atomic<bool> m_bInitialized;  // this object holds m_bCreated
 
     // One initialised engine per process.
     static std::atomic<bool> m_bCreated;

@@ -68,20 +68,24 @@ public:
     // The renderer's regions in id order, for tools describing a drawing.
     void GetRegions(std::list<RegionView>& regions) const;
 
-    // The monospaced font factor table, by family and flag (for tests).
-    static void GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors);
     // The caption menu's edge type (outline.type 1..5) on an outline: offsets
     // in pixels of fontSize, thickness fontSize / 10 for type 3; a type
     // above 5 becomes 0 (no edge).
     static void ApplyEdgeType(double fontSize, TextOutline& outline);
-    // The caption-menu opacity table applied to a colour (for tests).
-    static void ApplyMenuOpacity(int value, TTMLColor& colour);
 
 private:
+    // The font factors by family (monospaced or not) and font-scale flag.
+    static void m_GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors);
+    // The caption menu's opacity value (0..7) on a colour's alpha.
+    static void m_ApplyMenuOpacity(int value, TTMLColor& colour);
     bool m_GetRegionArea(const CElementSPTR& element, TTMLRect<int>& area);
     ITextContext* m_HandleNewPElem(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize,
                                    std::pair<int, int>& inset);
     ITextContext* m_CreateTextContext();
+    // The shared surface of region id, made and registered when it has none
+    // yet (an animation step updates an existing one); null when it cannot be made.
+    ITextSurface* m_GetRegionSurface(const std::string& id, const CElementSPTR& element, const TTMLRect<int>& area,
+                                     const Size& cellSize);
     ITextSurface* m_CreateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area,
                                       const Size& cellSize);
     void m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area, ITextSurface* pSurface,

@@ -3,6 +3,8 @@
 
 #include "CTimerData.h"
 
+#include <functional>
+
 namespace TTML {
 
 class IGraphics;
@@ -27,12 +29,15 @@ public:
     // Gets the timer data; its result is handed to the graphics timer,
     // nonzero keeps the timer running.
     typedef unsigned char (*TimerCallback)(void* pTimerData);
-    // Writes the media time in ms; false when there is none.
-    typedef bool (*MediaTimeSource)(void* pUser, long long* pTime);
+    // Writes the media time in ms; false when there is none. Called with
+    // the mutex held, on the thread that arms.
+    typedef std::function<bool(long long* pTime)> MediaTimeSource;
 
     // pGraphics: not owned, makes the timer. pUserData: the engine, not
-    // owned, handed back through CTimerData::GetUserData.
-    CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData);
+    // owned, handed back through CTimerData::GetUserData. mediaTime: where
+    // the media time comes from; empty reads it from the core controller.
+    CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData,
+                  MediaTimeSource mediaTime = MediaTimeSource());
     // Stops the timer.
     virtual ~CTimerManager();
     CTimerManager(const CTimerManager&) = delete;
@@ -69,15 +74,12 @@ public:
     void SetRenderedSubData(void* pSubData);
     void SetBandMode(bool bandMode);
 
-    // Where the media time comes from; null (the default) reads it from the
-    // core controller. Tests script it here. Set before arming.
-    void SetMediaTimeSource(MediaTimeSource source, void* pUser);
-
 private:
     bool m_GetMediaTime(long long* pTime);
     bool m_SetTimer(unsigned long long time, long long timeStamp, double seconds);
     // Makes, starts (and pauses, while paused) a timer; under the mutex.
     bool m_StartTimer(double seconds);
+    void m_SetPaused(bool paused);
     static int m_OnTimerExpiry_Cb(void* pData);
 
     IGraphics* m_pGraphics;  // not owned
@@ -86,8 +88,7 @@ private:
     ITimer* m_pTimer;  // null when no timer is armed
     TimerCallback m_pCallback;
     CTimerData m_timerData;
-    MediaTimeSource m_pMediaTimeSource;
-    void* m_pMediaTimeUser;
+    MediaTimeSource m_mediaTime;
     bool m_bPaused;
 };
 

@@ -214,23 +214,33 @@ ITextContext* CRenderer::m_HandleNewPElem(const CElementSPTR& element, const TTM
         return nullptr;
     }
     const std::string id = Attr(element, ATTR_REGION);
-    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
-    if (pSurface) {
-        if (element->GetType() == ELEM_SET)
-            m_UpdateTextSurface(element, area, pSurface, cellSize);
-    } else {
-        pSurface = m_CreateTextSurface(element, area, cellSize);
-        if (!pSurface) {
-            TTML_WARN("Text surface creation failed");
-            pContext->Deinitialize();
-            m_pGraphics->DestroyObject(pContext);
-            return nullptr;
-        }
-        m_pRegionSurface->Add(id, pSurface);
+    ITextSurface* pSurface = m_GetRegionSurface(id, element, area, cellSize);
+    if (!pSurface) {
+        pContext->Deinitialize();
+        m_pGraphics->DestroyObject(pContext);
+        return nullptr;
     }
     pSurface->GetContentInset(&inset.first, &inset.second);
     m_pRegionContext->AddContext(id, pContext);
     return pContext;
+}
+
+ITextSurface* CRenderer::m_GetRegionSurface(const std::string& id, const CElementSPTR& element,
+                                            const TTMLRect<int>& area, const Size& cellSize)
+{
+    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
+    if (pSurface) {
+        if (element->GetType() == ELEM_SET)
+            m_UpdateTextSurface(element, area, pSurface, cellSize);
+        return pSurface;
+    }
+    pSurface = m_CreateTextSurface(element, area, cellSize);
+    if (!pSurface) {
+        TTML_WARN("Text surface creation failed");
+        return nullptr;
+    }
+    m_pRegionSurface->Add(id, pSurface);
+    return pSurface;
 }
 
 ITextSurface* CRenderer::m_CreateTextSurface(const CElementSPTR& element, const TTMLRect<int>& area,
@@ -292,7 +302,7 @@ void CRenderer::m_UpdateTextSurface(const CElementSPTR& element, const TTMLRect<
         if (pMenu->windowColor >= 1 && pMenu->windowColor <= 8)
             CTTMLMenu::GetInstance()->GetTTMLColorByEnum(pMenu->windowColor, colour);
         TTML_INFO("Caption menu window color opacity value: %d", pMenu->windowOpacity);
-        ApplyMenuOpacity(pMenu->windowOpacity, colour);
+        m_ApplyMenuOpacity(pMenu->windowOpacity, colour);
         if (pMenu->bgOpacity != 3 && pMenu->bgColor != 0)
             colour.alpha = 0;
     }
@@ -356,7 +366,7 @@ bool CRenderer::m_SetContextProperties(const CElementSPTR& element, ITextContext
     FontFactors factors;
     factors.cellSize = cellSize;
     factors.fontScaleFlag = fontScaleFlag;
-    GetFontFactors(Attr(element, ATTR_FONTFAMILY), fontScaleFlag, factors);
+    m_GetFontFactors(Attr(element, ATTR_FONTFAMILY), fontScaleFlag, factors);
     m_CalculateFontSize(element, pContext, factors);
     m_CalculateLineHeight(element, pContext, factors);
     pContext->SetWrap(wrapOption == "wrap");
@@ -367,7 +377,7 @@ bool CRenderer::m_SetContextProperties(const CElementSPTR& element, ITextContext
     return true;
 }
 
-void CRenderer::GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors)
+void CRenderer::m_GetFontFactors(const std::string& fontFamily, bool fontScaleFlag, FontFactors& factors)
 {
     const bool monospaced = std::find_if(std::begin(kMonospaced), std::end(kMonospaced), [&](const char* name) {
                                 return fontFamily == name;
@@ -430,18 +440,8 @@ void CRenderer::m_CalculateLineHeight(const CElementSPTR& element, ITextContext*
 void CRenderer::m_HandleImage(const CElementSPTR& element, const TTMLRect<int>& area, const Size& cellSize)
 {
     const std::string id = Attr(element, ATTR_REGION);
-    ITextSurface* pSurface = m_pRegionSurface->GetTextSurface(id);
-    if (pSurface) {
-        if (element->GetType() == ELEM_SET)
-            m_UpdateTextSurface(element, area, pSurface, cellSize);
-    } else {
-        pSurface = m_CreateTextSurface(element, area, cellSize);
-        if (!pSurface) {
-            TTML_WARN("Text surface creation failed");
-            return;
-        }
-        m_pRegionSurface->Add(id, pSurface);
-    }
+    if (!m_GetRegionSurface(id, element, area, cellSize))
+        return;
     m_pRegionContext->AddContext(id, nullptr);
     m_imageMap.emplace(id, element->GetImageData());
     // Keep the decoded image only here once the document lets go of it.
@@ -703,7 +703,7 @@ void CRenderer::m_SetTextAttr(const CElementSPTR& element, const Size& cellSize,
         std::optional<TTMLMenuOption> pMenu = MenuOn();
         if (pMenu) {
             TTML_INFO("Caption menu Font FG opacity value: %d", pMenu->fontOpacity);
-            ApplyMenuOpacity(pMenu->fontOpacity, colours.second);
+            m_ApplyMenuOpacity(pMenu->fontOpacity, colours.second);
             if (pMenu->bgColor != 0 && colours.first.alpha != 0) {
                 TTML_INFO("XML span BG is ignored since caption BG is ON; value: %d", pMenu->bgColor);
                 colours.first.alpha = 0;
@@ -713,7 +713,7 @@ void CRenderer::m_SetTextAttr(const CElementSPTR& element, const Size& cellSize,
                 TTML_INFO("Caption menu Span BG color is being applied and value: %d", pMenu->bgColor);
                 CTTMLMenu::GetInstance()->GetTTMLColorByEnum(pMenu->bgColor, colours.first);
             }
-            ApplyMenuOpacity(pMenu->fontOpacity, outline.color);
+            m_ApplyMenuOpacity(pMenu->fontOpacity, outline.color);
             outline.type = pMenu->edgeType;
         }
         decoration = !decorationValue.empty() && decorationValue != "none" &&
@@ -771,7 +771,7 @@ void CRenderer::m_SetParaBGColor(const CElementSPTR& element, ITextContext* pCon
         if (pMenu->bgColor >= 1 && pMenu->bgColor <= 8)
             CTTMLMenu::GetInstance()->GetTTMLColorByEnum(pMenu->bgColor, colour);
         TTML_INFO("Caption menu Para BG color opacity value: %d", pMenu->bgOpacity);
-        ApplyMenuOpacity(pMenu->bgOpacity, colour);
+        m_ApplyMenuOpacity(pMenu->bgOpacity, colour);
     }
     CElementSPTR parent = element->GetParent();
     if (parent && parent->GetType() == ELEM_P && Attr(parent, ATTR_VISIBILITY) == "hidden")
@@ -779,7 +779,7 @@ void CRenderer::m_SetParaBGColor(const CElementSPTR& element, ITextContext* pCon
     pContext->SetParaBackgroundColor(colour);
 }
 
-void CRenderer::ApplyMenuOpacity(int value, TTMLColor& colour)
+void CRenderer::m_ApplyMenuOpacity(int value, TTMLColor& colour)
 {
     switch (value) {
     case 2:

@@ -7,6 +7,8 @@
 #include "Lock.h"
 #include "TTMLLog.h"
 
+#include <utility>
+
 namespace TTML {
 
 namespace {
@@ -18,10 +20,10 @@ const double kFlashIntervalMs = 300.0;
 
 }  // namespace
 
-CTimerManager::CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData)
+CTimerManager::CTimerManager(IGraphics* pGraphics, TimerCallback callback, void* pUserData,
+                             MediaTimeSource mediaTime)
     : m_pGraphics(pGraphics), m_bBandMode(false), m_pMutex(nullptr), m_pTimer(nullptr),
-      m_pCallback(callback), m_timerData(pUserData), m_pMediaTimeSource(nullptr),
-      m_pMediaTimeUser(nullptr), m_bPaused(false)
+      m_pCallback(callback), m_timerData(pUserData), m_mediaTime(std::move(mediaTime)), m_bPaused(false)
 {
     m_pMutex = IMutex::Create();
     TTML_ASSERT(m_pMutex);
@@ -33,17 +35,10 @@ CTimerManager::~CTimerManager()
     m_pMutex->Destroy();
 }
 
-void CTimerManager::SetMediaTimeSource(MediaTimeSource source, void* pUser)
-{
-    Lock lock(m_pMutex);
-    m_pMediaTimeSource = source;
-    m_pMediaTimeUser = pUser;
-}
-
 bool CTimerManager::m_GetMediaTime(long long* pTime)
 {
-    if (m_pMediaTimeSource) {
-        if (!m_pMediaTimeSource(m_pMediaTimeUser, pTime)) {
+    if (m_mediaTime) {
+        if (!m_mediaTime(pTime)) {
             TTML_WARN("Error in getting current video time");
             return false;
         }
@@ -188,25 +183,27 @@ bool CTimerManager::SetFlashInterval(unsigned long long end, long long timeStamp
 
 void CTimerManager::PauseTimer()
 {
-    Lock lock(m_pMutex);
-    // Remembered without a timer too: the next one is made paused.
-    m_bPaused = true;
-    if (!m_pTimer) {
-        TTML_INFO("No timer; the next one starts paused");
-        return;
-    }
-    m_pTimer->Pause();
+    m_SetPaused(true);
 }
 
 void CTimerManager::ResumeTimer()
 {
+    m_SetPaused(false);
+}
+
+void CTimerManager::m_SetPaused(bool paused)
+{
     Lock lock(m_pMutex);
-    m_bPaused = false;
+    // Remembered without a timer too: the next one is made paused.
+    m_bPaused = paused;
     if (!m_pTimer) {
-        TTML_INFO("No timer to resume");
+        TTML_INFO(paused ? "No timer; the next one starts paused" : "No timer to resume");
         return;
     }
-    m_pTimer->Resume();
+    if (paused)
+        m_pTimer->Pause();
+    else
+        m_pTimer->Resume();
 }
 
 bool CTimerManager::IsPaused()
