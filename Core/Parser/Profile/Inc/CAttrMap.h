@@ -88,6 +88,8 @@ public:
     void Set(int key, std::string&& value);
     // Returns whether the key was there.
     bool Erase(int key);
+    // Sets every entry of `other` except `skipKey`, making room once.
+    void SetAll(const CAttrMap& other, int skipKey);
 
     // Gathers every entry into one shared layer. Until the map next changes,
     // copies of it leave it untouched, so they may be taken from several
