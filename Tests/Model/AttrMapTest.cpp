@@ -111,6 +111,20 @@ TEST(AttrMap, KeysOutsideTheTableAreNotHeld)
     EXPECT_EQ((std::map<int, std::string>{{0, "low"}, {CAttrMap::kMaxKeys - 1, "high"}}), AsStdMap(m));
 }
 
+// Own entries move when the map makes room, so a value read from the map
+// itself must be taken before that (a dangling read shows under ASan).
+TEST(AttrMap, ValueFromTheSameMapSurvivesItsGrowth)
+{
+    const std::string value(40, 'v');
+    CAttrMap m{{9, value}};
+    for (int key : {3, 12, 1, 20, 7})
+        m.Set(key, *m.Get(9));
+    m.SetAll(m, 9);
+    for (int key : {1, 3, 7, 9, 12, 20})
+        EXPECT_EQ(value, *m.Get(key)) << key;
+    EXPECT_EQ(6u, m.size());
+}
+
 TEST(AttrMap, MovedFromMapIsEmptyAndUsable)
 {
     CAttrMap source{{7, "text"}, {2, "x"}};

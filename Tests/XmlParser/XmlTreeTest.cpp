@@ -195,6 +195,12 @@ INSTANTIATE_TEST_SUITE_P(
         ContentCase{"NonAsciiNoDeclaredEncoding", "<p>caf\xC3\xA9</p>", false, "caf&#xE9;"},
         ContentCase{"NonAsciiDeclaredUtf8", "<?xml version=\"1.0\" encoding=\"UTF-8\"?><p>caf\xC3\xA9</p>", false,
                     "caf\xC3\xA9"},
+        // Text nodes that need no escaping skip the encoder: its other cases.
+        ContentCase{"NonAsciiNoDeclaredEncodingInTextNode", "<p>caf\xC3\xA9</p>", true, "caf&#xE9;"},
+        ContentCase{"NonAsciiDeclaredUtf8InTextNode",
+                    "<?xml version=\"1.0\" encoding=\"UTF-8\"?><p>caf\xC3\xA9 &amp;</p>", true,
+                    "caf\xC3\xA9 &amp;"},
+        ContentCase{"CarriageReturnInTextNode", "<p>a&#13;b\tc</p>", true, "a&#13;b\tc"},
         ContentCase{"ChildElementTextLeftOut", "<p>a<span>b</span>c</p>", false, "ac"},
         ContentCase{"EmptyElement", "<p/>", false, ""},
         ContentCase{"WhitespaceInsideText", "<p>  two  words </p>", false, "  two  words "},

@@ -1,6 +1,8 @@
 #ifndef TTML_PARSER_PROFILE_CATTRMAP_H
 #define TTML_PARSER_PROFILE_CATTRMAP_H
 
+#include <boost/smart_ptr/intrusive_ptr.hpp>
+
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -80,12 +82,14 @@ public:
 
     const_iterator find(int key) const { return m_Has(key) ? const_iterator(this, key) : end(); }
     size_t count(int key) const { return m_Has(key) ? 1 : 0; }
-    // Null when absent; valid until the map changes.
+    // Null when absent; valid until the map changes or is copied.
     const std::string* Get(int key) const { return m_Has(key) ? &m_Entry(key)->second : nullptr; }
     void Set(int key, const std::string& value);
     void Set(int key, std::string&& value);
     // Returns whether the key was there.
     bool Erase(int key);
+    // Sets every entry of `other` except `skipKey`, making room once.
+    void SetAll(const CAttrMap& other, int skipKey);
 
     // Gathers every entry into one shared layer. Until the map next changes,
     // copies of it leave it untouched, so they may be taken from several
@@ -99,7 +103,10 @@ public:
 private:
     // Entries of a map at the moment it was copied, on top of its base.
     struct Layer;
-    using LayerSPTR = std::shared_ptr<const Layer>;
+    // A layer counts its own readers, so a map holds one pointer, not two.
+    friend void intrusive_ptr_add_ref(const Layer* layer) noexcept;
+    friend void intrusive_ptr_release(const Layer* layer) noexcept;
+    using LayerSPTR = boost::intrusive_ptr<const Layer>;
 
     bool m_Has(int key) const
     {
@@ -115,6 +122,11 @@ private:
     }
     // The entry of a present key, from this map or the nearest layer below.
     const value_type* m_Entry(int key) const;
+    // Position of `bit`'s entry among entries kept in key order under `own`.
+    static size_t m_Position(uint64_t own, uint64_t bit)
+    {
+        return static_cast<size_t>(__builtin_popcountll(own & (bit - 1)));
+    }
     // Moves the own entries into a new shared layer under this map.
     void m_Freeze() const;
     // Empty map only.
@@ -123,10 +135,9 @@ private:
     void m_Set(int key, T&& value);
 
     mutable LayerSPTR m_pBase;                  // shared, never changed
-    mutable std::vector<value_type> m_values;  // own entries, in the order added
+    mutable std::vector<value_type> m_values;  // own entries, in key order
     mutable uint64_t m_own = 0;                 // bit k: key k is in m_values
     uint64_t m_present = 0;                     // bit k: key k is held (own or below)
-    mutable uint8_t m_slot[kMaxKeys] = {};      // position in m_values of each own key
 };
 
 }  // namespace TTML

@@ -405,7 +405,10 @@ bool CAttrHandler::t_StoreTimeAsMS(std::string& value, TTMLAttr attr) const
     const CSubtitleInfo* pInfo = GetSubtitleInfo();
     const double frameRate = pInfo ? pInfo->GetEffectiveFrameRate() : 0.0;
     const int tickRate = pInfo ? pInfo->GetTickRate() : 0;
-    unsigned long long ms = ConvertTimeExpressionToMS(value, frameRate, tickRate);
+    // Without a colon it can only be an offset time: no clock split needed.
+    unsigned long long ms = value.find(':') == std::string::npos
+                                ? ConvertOffsetTimeToMS(value, frameRate, tickRate)
+                                : ConvertTimeExpressionToMS(value, frameRate, tickRate);
     // The conversion saturates there; no double below 2^64 converts to the
     // largest value, so it can only mean a time past the range.
     if (ms == std::numeric_limits<unsigned long long>::max()) {

@@ -96,10 +96,7 @@ void CElement::CopyReferencedAttr(CElementSPTR& referenced)
         TTML_WARN("Referenced element not found");
         return;
     }
-    for (const auto& kv : referenced->m_attrMap) {
-        if (kv.first != ATTR_ID)
-            m_attrMap.Set(kv.first, kv.second);
-    }
+    m_attrMap.SetAll(referenced->m_attrMap, ATTR_ID);
 }
 
 bool CElement::ValidateChildType(std::string /*parent*/, std::string /*child*/)

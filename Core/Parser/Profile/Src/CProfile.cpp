@@ -151,6 +151,11 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     }
 
     t_pAttrHandler->SetSubtitleInfo(nullptr);
+    // A long body leaves a long list behind; not kept between documents.
+    for (std::vector<XMLNODEPTR>& list : m_childLists) {
+        if (list.capacity() > kKeptChildListCapacity)
+            std::vector<XMLNODEPTR>().swap(list);
+    }
     return result;
 }
 
@@ -219,7 +224,10 @@ int CProfile::t_ParseNode(XMLNODEPTR node, CElementSPTR& parent)
     CElementSPTR element = t_CreateElement(node);
     int result = t_ProcessElement(node, parent, element);
     if (result == ERR_NONE) {
-        std::vector<XMLNODEPTR> children;
+        // One list per level, kept across elements and documents, so the
+        // walk allocates none once it has seen the deepest level.
+        std::vector<XMLNODEPTR>& children = m_childLists[static_cast<size_t>(m_nDepth) - 1];
+        children.clear();
         t_GetChildElementList(node, element, children);
         for (XMLNODEPTR child : children) {
             int r = t_ParseNode(child, element);

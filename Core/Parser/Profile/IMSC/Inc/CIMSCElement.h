@@ -56,8 +56,8 @@ public:
     void GetSetRegionList(std::list<CElementSPTR>& out) const;
     // Empties the timed records and the region sets.
     void ClearSetElementList();
-    unsigned GetSetElementCount() const { return static_cast<unsigned>(m_timedSets.size()); }
-    unsigned GetSetRegionCount() const { return static_cast<unsigned>(m_regionSets.size()); }
+    unsigned GetSetElementCount() const { return m_pExtra ? static_cast<unsigned>(m_pExtra->timedSets.size()) : 0; }
+    unsigned GetSetRegionCount() const { return m_pExtra ? static_cast<unsigned>(m_pExtra->regionSets.size()) : 0; }
 
 private:
     struct TimedSet {
@@ -66,11 +66,19 @@ private:
         CElementSPTR set;
     };
 
-    bool m_IsStored(int attr) const;
+    // What few elements carry: sets and images. Kept apart, so that the
+    // many elements without them stay small.
+    struct Extra {
+        std::vector<TimedSet> timedSets;  // insertion order
+        std::vector<CElementSPTR> regionSets;
+        std::shared_ptr<CImageData> imageData;
+    };
 
-    std::vector<TimedSet> m_timedSets;  // insertion order
-    std::vector<CElementSPTR> m_regionSets;
-    std::shared_ptr<CImageData> m_pImageData;
+    bool m_IsStored(int attr) const;
+    // Created on first use.
+    Extra& m_GetExtra();
+
+    std::unique_ptr<Extra> m_pExtra;
 };
 
 }  // namespace TTML

@@ -15,6 +15,35 @@ namespace TTML {
 
 namespace {
 
+bool IsDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Digits, an optional fraction and one of the units h, m, ms, s, f, t: a
+// subset of what the offset-time pattern accepts, read without the matcher.
+bool IsPlainOffsetTime(const std::string& value)
+{
+    const size_t n = value.size();
+    size_t i = 0;
+    while (i < n && IsDigit(value[i]))
+        ++i;
+    if (i == 0 || i == n)
+        return false;
+    if (value[i] == '.') {
+        const size_t fraction = ++i;
+        while (i < n && IsDigit(value[i]))
+            ++i;
+        if (i == fraction || i == n)
+            return false;
+    }
+    const size_t rest = n - i;
+    const char unit = value[i];
+    if (rest == 1)
+        return unit == 'h' || unit == 'm' || unit == 's' || unit == 'f' || unit == 't';
+    return rest == 2 && unit == 'm' && value[i + 1] == 's';
+}
+
 template <size_t N>
 int LowerKeyword(std::string& value, const char* const (&words)[N])
 {
@@ -229,7 +258,10 @@ bool CIMSCAttrHandler::m_ValidateTimeExpression(std::string& value)
 {
     static const boost::regex kOffsetTime("(\\d+)(\\.\\d+)?(h|m[s]?|s|f|t)");
     StrToLower(value);
-    return boost::regex_match(value, kOffsetTime) || t_ValidateClockTimeFormat(value) == ERR_NONE;
+    // Most begins and ends are plain offsets (12.5s, 840ms); those are
+    // accepted without the matcher, which sees everything else.
+    return IsPlainOffsetTime(value) || boost::regex_match(value, kOffsetTime) ||
+           t_ValidateClockTimeFormat(value) == ERR_NONE;
 }
 
 bool CIMSCAttrHandler::m_ValidateLengthExpression(const std::string& value, std::string* unit) const

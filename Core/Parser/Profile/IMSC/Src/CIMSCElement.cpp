@@ -4,6 +4,7 @@
 #include "TTMLLog.h"
 
 #include <cstdlib>
+#include <new>
 
 namespace TTML {
 
@@ -41,28 +42,30 @@ void CIMSCElement::CreateFromParent(CElementSPTR& parent)
         return;
     // A span carries its paragraph's sets so that it is split by them too.
     const auto* pParent = dynamic_cast<const CIMSCElement*>(parent.get());
-    if (pParent && !pParent->m_timedSets.empty())
-        m_timedSets = pParent->m_timedSets;
+    if (pParent && pParent->m_pExtra && !pParent->m_pExtra->timedSets.empty())
+        m_GetExtra().timedSets = pParent->m_pExtra->timedSets;
 }
 
 bool CIMSCElement::IsImageProfile() const
 {
-    return static_cast<bool>(m_pImageData);
+    return m_pExtra && m_pExtra->imageData;
 }
 
 void CIMSCElement::SetImageData(std::shared_ptr<CImageData>& data)
 {
-    m_pImageData = data;
+    if (data || m_pExtra)
+        m_GetExtra().imageData = data;
 }
 
 std::shared_ptr<CImageData> CIMSCElement::GetImageData()
 {
-    return m_pImageData;
+    return m_pExtra ? m_pExtra->imageData : nullptr;
 }
 
 void CIMSCElement::ResetImageData()
 {
-    m_pImageData.reset();
+    if (m_pExtra)
+        m_pExtra->imageData.reset();
 }
 
 void CIMSCElement::AddSetElement(const std::string& begin, const std::string& end, CElementSPTR& set)
@@ -79,25 +82,29 @@ void CIMSCElement::AddSetElement(const std::string& begin, const std::string& en
             set->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
             set->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, colour);
         }
-        m_regionSets.push_back(set);
+        m_GetExtra().regionSets.push_back(set);
         return;
     }
     if (begin.empty() || end.empty())
         return;
-    m_timedSets.push_back(
+    m_GetExtra().timedSets.push_back(
         {std::strtoull(begin.c_str(), nullptr, 10), std::strtoull(end.c_str(), nullptr, 10), set});
 }
 
 void CIMSCElement::GetSetKeys(std::set<std::pair<unsigned long long, unsigned long long>>& out) const
 {
-    for (const TimedSet& record : m_timedSets)
+    if (!m_pExtra)
+        return;
+    for (const TimedSet& record : m_pExtra->timedSets)
         out.emplace(record.begin, record.end);
 }
 
 void CIMSCElement::GetSetElementList(unsigned long long begin, unsigned long long end,
                                      std::list<CElementSPTR>& out) const
 {
-    for (const TimedSet& record : m_timedSets) {
+    if (!m_pExtra)
+        return;
+    for (const TimedSet& record : m_pExtra->timedSets) {
         if (record.begin <= begin && record.end >= end)
             out.push_back(record.set);
     }
@@ -105,13 +112,27 @@ void CIMSCElement::GetSetElementList(unsigned long long begin, unsigned long lon
 
 void CIMSCElement::GetSetRegionList(std::list<CElementSPTR>& out) const
 {
-    out.assign(m_regionSets.begin(), m_regionSets.end());
+    if (m_pExtra)
+        out.assign(m_pExtra->regionSets.begin(), m_pExtra->regionSets.end());
+    else
+        out.clear();
 }
 
 void CIMSCElement::ClearSetElementList()
 {
-    m_timedSets.clear();
-    m_regionSets.clear();
+    if (m_pExtra) {
+        m_pExtra->timedSets.clear();
+        m_pExtra->regionSets.clear();
+    }
+}
+
+CIMSCElement::Extra& CIMSCElement::m_GetExtra()
+{
+    if (!m_pExtra) {
+        m_pExtra.reset(new (std::nothrow) Extra());
+        TTML_ASSERT(m_pExtra);
+    }
+    return *m_pExtra;
 }
 
 }  // namespace TTML

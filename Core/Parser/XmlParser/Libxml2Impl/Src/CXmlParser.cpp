@@ -164,6 +164,29 @@ int CountDeclarations(xmlDocPtr doc)
     return count;
 }
 
+// Whether xmlEncodeEntitiesReentrant would give `text` back unchanged: no
+// markup character, no control character it writes as a reference, and
+// non-ASCII bytes only where the document declares an encoding (otherwise
+// they become character references).
+bool EncodesToItself(xmlDocPtr doc, const xmlChar* text)
+{
+    if (!doc || doc->type != XML_DOCUMENT_NODE)
+        return false;
+    const bool keepsNonAscii = doc->encoding != nullptr;
+    for (const xmlChar* p = text; *p; ++p) {
+        const xmlChar c = *p;
+        if (c == '<' || c == '>' || c == '&')
+            return false;
+        if (c >= 0x80) {
+            if (!keepsNonAscii)
+                return false;
+        } else if (c < 0x20 && c != '\n' && c != '\t') {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Only element nodes have attributes; in other node types the same field may
 // hold something else.
 bool HasAttributes(xmlNodePtr node)
@@ -317,8 +340,11 @@ std::string CXmlParser::GetElementContent(XMLNODEPTR pNodePtr)
         TTML_WARN("pNodePtr is NULL");
         return std::string();
     }
+    // A text node's content is encoded where it stands, without a copy; most
+    // need no escaping at all and are taken as they are.
+    if (pNodePtr->type == XML_TEXT_NODE && pNodePtr->content && EncodesToItself(pNodePtr->doc, pNodePtr->content))
+        return ToString(pNodePtr->content);
     CXmlErrorRoute route;
-    // A text node's content is encoded where it stands, without a copy.
     xmlChar* text = nullptr;
     const xmlChar* source = nullptr;
     if (pNodePtr->type == XML_TEXT_NODE) {
