@@ -1,4 +1,5 @@
 #include "Util.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -24,11 +25,6 @@ struct TrimCase {
     std::string left;
     std::string right;
 };
-
-void PrintTo(const TrimCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Trim : public ::testing::TestWithParam<TrimCase> {};
 
@@ -69,11 +65,6 @@ struct ClassCase {
     bool real;
 };
 
-void PrintTo(const ClassCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class CharacterClass : public ::testing::TestWithParam<ClassCase> {};
 
 TEST_P(CharacterClass, DigitsAndRealNumbers)
@@ -105,11 +96,6 @@ struct SplitCase {
     std::vector<std::string> pieces;
 };
 
-void PrintTo(const SplitCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Split : public ::testing::TestWithParam<SplitCase> {};
 
 TEST_P(Split, TrimsTheTextThenCutsAtEachWholeDelimiter)
@@ -140,11 +126,6 @@ struct FirstOfCase {
     std::string first;
     std::string second;
 };
-
-void PrintTo(const FirstOfCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class FirstOf : public ::testing::TestWithParam<FirstOfCase> {};
 

@@ -7,6 +7,7 @@
 #include "SeekNotifyData.h"
 #include "StartNotifyData.h"
 #include "SubRawData.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 #include <vconf.h>
@@ -93,11 +94,6 @@ struct InitFailureCase {
     const char* error;
 };
 
-void PrintTo(const InitFailureCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class InitFailure : public Controller, public ::testing::WithParamInterface<InitFailureCase> {};
 
 TEST_P(InitFailure, UnwindsInReverseAndLeavesNothingBehind)
@@ -146,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(
                         "graphics not created!"},
         InitFailureCase{"Engine", Failing::Engine, {"Already created", "Error in m_pEngine->Initialize"},
                         "engine not created!"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // --- Null payloads and unknown ids --------------------------------------------
 
@@ -156,11 +152,6 @@ struct NullPayloadCase {
     const char* warning;                  // null: none expected
     bool readsMenu;                       // the menu re-reads its keys
 };
-
-void PrintTo(const NullPayloadCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class NullPayload : public Controller, public ::testing::WithParamInterface<NullPayloadCase> {};
 
@@ -208,7 +199,7 @@ INSTANTIATE_TEST_SUITE_P(
                       NullPayloadCase{"FontError", 13, "Error: null pointer", false},
                       NullPayloadCase{"Fourteen", 14, "Invalid message", false},
                       NullPayloadCase{"Negative", -1, "Invalid message", false}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST_F(Controller, UnknownIdWithACorePayloadOnlyWarns)
 {
@@ -292,11 +283,6 @@ struct SeekCase {
     bool parserReset;
 };
 
-void PrintTo(const SeekCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Seek : public Controller, public ::testing::WithParamInterface<SeekCase> {};
 
 TEST_P(Seek, OutOfBandSeeksAndBandModeResets)
@@ -329,7 +315,7 @@ INSTANTIATE_TEST_SUITE_P(Controller, Seek,
                          ::testing::Values(SeekCase{"OutOfBand", {false}, 1, 1, 0, false},
                                            SeekCase{"BandMode", {true}, 0, 0, 1, true},
                                            SeekCase{"BandModeEndsAtNextStart", {true, false}, 1, 1, 0, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 // --- Show, hide and the menu ------------------------------------------------------
 
@@ -338,11 +324,6 @@ struct ShowCase {
     int mode;
     int divisionOnShow;  // caption division mode in force while shown
 };
-
-void PrintTo(const ShowCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class ShowHide : public Controller, public ::testing::WithParamInterface<ShowCase> {};
 
@@ -371,7 +352,7 @@ TEST_P(ShowHide, DivisionIsForcedOffUnlessTheModeAllowsItAndHideAlwaysForcesIt)
 INSTANTIATE_TEST_SUITE_P(Controller, ShowHide,
                          ::testing::Values(ShowCase{"ModeZero", 0, 0}, ShowCase{"ModeTwo", 2, 0}, ShowCase{"ModeEight", 8, 1},
                                            ShowCase{"ModeNine", 9, 1}, ShowCase{"ModeAllButEight", ~8, 0}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 TEST_F(Controller, MenuLanguageIsSetFromTheSourceMode)
 {

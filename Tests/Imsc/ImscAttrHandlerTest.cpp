@@ -46,26 +46,6 @@ TEST(ImscAttrNames, EveryKeyedAttributeMapsToItsOwnNumber)
     EXPECT_EQ(ATTR_FORCEDDISPLAY, handler.ToAttrEnum(forced));
 }
 
-TEST(ImscAttrDefaults, RootElementsStartFromTheImscDefaults)
-{
-    CIMSCAttrHandler handler;
-    const CAttrMap defaults = handler.GetDefaultAttrValues();
-    EXPECT_EQ(31u, defaults.size());
-    // The ones that differ from EBU-TT-D or that the renderer needs to find.
-    const std::pair<int, const char*> expected[] = {
-        {ATTR_FONTSIZE, "1c"},          {ATTR_FONTFAMILY, "monospaceserif"}, {ATTR_COLOR, "#ffffffff"},
-        {ATTR_REGION, "anonymous"},     {ATTR_PADDING, "0px"},               {ATTR_OPACITY, "1.0"},
-        {ATTR_TIMECONTAINER, "par"},    {ATTR_FORCEDDISPLAY, "false"},       {ATTR_TEXTOUTLINE, "none"},
-        {ATTR_SHOWBACKGROUND, "always"}, {ATTR_DISPLAY, "auto"},             {ATTR_LINEPADDING, "0c"},
-    };
-    for (const auto& e : expected) {
-        const std::string* value = defaults.Get(e.first);
-        ASSERT_NE(nullptr, value) << kTTMLAttrKeys[e.first];
-        EXPECT_EQ(e.second, *value) << kTTMLAttrKeys[e.first];
-    }
-    EXPECT_EQ(nullptr, defaults.Get(ATTR_BEGIN));
-}
-
 // ---- Validators -----------------------------------------------------------------
 
 struct ValueCase {
@@ -300,91 +280,5 @@ TEST(ImscValidate, OnlyOriginAndExtentExplainARefusal)
 }
 
 // ---- Inheritance and applies-to ----------------------------------------------------
-
-struct FlagCase {
-    int attr;
-    int elem;  // -1 for the inheritance table
-    bool expected;
-};
-
-void PrintTo(const FlagCase& c, std::ostream* os)
-{
-    *os << kTTMLAttrKeys[c.attr] << " elem " << c.elem;
-}
-
-class ImscTables : public ::testing::TestWithParam<FlagCase> {};
-
-TEST_P(ImscTables, Flag)
-{
-    const FlagCase& c = GetParam();
-    CIMSCAttrHandler handler;
-    if (c.elem < 0)
-        EXPECT_EQ(c.expected, handler.IsInheritableAttribute(c.attr));
-    else
-        EXPECT_EQ(c.expected, handler.IsAppliesTo(c.attr, c.elem));
-}
-
-const FlagCase kFlagCases[] = {
-    // Region-level styling does not flow into content.
-    {ATTR_BACKGROUNDCOLOR, -1, false},
-    {ATTR_EXTENT, -1, false},
-    {ATTR_OPACITY, -1, false},
-    {ATTR_ORIGIN, -1, false},
-    {ATTR_SHOWBACKGROUND, -1, false},
-    {ATTR_WRITINGMODE, -1, false},
-    {ATTR_DISPLAY, -1, true},
-    {ATTR_VISIBILITY, -1, true},
-    {ATTR_COLOR, -1, true},
-    // Applies-to rows.
-    {ATTR_BEGIN, ELEM_SET, true},
-    {ATTR_BEGIN, ELEM_TT, false},
-    {ATTR_TIMECONTAINER, ELEM_SET, false},
-    {ATTR_LINEPADDING, ELEM_P, true},
-    {ATTR_LINEPADDING, ELEM_SPAN, false},
-    {ATTR_REGION, ELEM_REGION, false},
-    {ATTR_REGION, ELEM_SPAN, true},
-    {ATTR_STYLE, ELEM_SET, false},
-    {ATTR_TEXT, ELEM_SPAN, true},
-    {ATTR_TEXT, ELEM_DIV, false},
-    {ATTR_TICKRATE, ELEM_TT, true},
-    {ATTR_BACKGROUNDCOLOR, ELEM_SPAN, true},
-    {ATTR_BACKGROUNDCOLOR, ELEM_TT, false},
-    {ATTR_DIRECTION, ELEM_DIV, false},
-    {ATTR_OPACITY, ELEM_REGION, true},
-    {ATTR_OPACITY, ELEM_P, false},
-    {ATTR_EXTENT, ELEM_TT, true},
-    {ATTR_EXTENT, ELEM_DIV, false},
-    {ATTR_COLOR, ELEM_SPAN, true},
-    {ATTR_COLOR, ELEM_P, false},
-    {ATTR_TEXTALIGN, ELEM_P, true},
-    {ATTR_TEXTALIGN, ELEM_SPAN, false},
-    {ATTR_ID, ELEM_ACTOR, true},
-    {ATTR_LANG, ELEM_SET, true},
-    {ATTR_BACKGROUNDIMAGE, ELEM_DIV, true},
-    {ATTR_BACKGROUNDIMAGE, ELEM_P, false},
-    {ATTR_FORCEDDISPLAY, ELEM_SPAN, false},
-    {ATTR_REGIONBACKGROUNDCOLOR, ELEM_REGION, false},
-    {ATTR_PARABACKGROUNDCOLOR, ELEM_P, false},
-};
-
-INSTANTIATE_TEST_SUITE_P(Table, ImscTables, ::testing::ValuesIn(kFlagCases),
-                         [](const ::testing::TestParamInfo<FlagCase>& info) {
-                             return std::string(info.param.elem < 0 ? "inherit_" : "applies_") +
-                                    std::to_string(info.index) + "_" + kTTMLAttrKeys[info.param.attr];
-                         });
-
-// Attributes that no element takes through the table (only a style keeps them).
-TEST(ImscTables, DocumentOnlyAttributesApplyNowhere)
-{
-    CIMSCAttrHandler handler;
-    const int none[] = {ATTR_AGENT,        ATTR_CONFORMSTOSTANDARD, ATTR_ROLE,           ATTR_CLOCKMODE,
-                        ATTR_DROPMODE,     ATTR_MARKERMODE,         ATTR_PIXELASPECTRATIO, ATTR_PROFILE,
-                        ATTR_SUBFRAMERATE, ATTR_ALTTEXT,            ATTR_ASPECTRATIO,    ATTR_PROGRESSIVELYDECODABLE,
-                        ATTR_FILLLINEGAP};
-    for (int attr : none) {
-        for (int elem = 0; elem < TTML_ELEM_COUNT; ++elem)
-            EXPECT_FALSE(handler.IsAppliesTo(attr, elem)) << kTTMLAttrKeys[attr] << " " << elem;
-    }
-}
 
 }  // namespace

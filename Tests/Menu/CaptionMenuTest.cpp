@@ -3,6 +3,7 @@
 #include "MenuFixture.h"
 
 #include "ShellRun.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -138,11 +139,6 @@ struct LangCase {
     const char* log;
 };
 
-void PrintTo(const LangCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 void ServeTracks(bool tuned, int tracks, int preferred, int current)
 {
     const std::vector<CTVService::Track> all = {{"a", "eng"}, {"b", "fra"}, {"c", "deu"}};
@@ -175,7 +171,7 @@ INSTANTIATE_TEST_SUITE_P(
         LangCase{"NoTracks", 8, false, true, 0, -1, 0, "No caption found!"},
         LangCase{"Preferred", 9, false, true, 3, 2, 2, "Preferred Caption Data:[ID:c][LANG:0x646575][index:2]"},
         LangCase{"NoPreferred", 8, false, true, 3, -1, 0, "GetPreferredCaption failed!!"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 struct SelectCase {
     const char* name;
@@ -184,11 +180,6 @@ struct SelectCase {
     int current;  // the service's current track afterwards
     const char* log;
 };
-
-void PrintTo(const SelectCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class SelectLang : public MenuTest, public ::testing::WithParamInterface<SelectCase> {};
 
@@ -219,7 +210,7 @@ INSTANTIATE_TEST_SUITE_P(
         SelectCase{"EqualToCount", 3, false, 0, "SetCurrentCaption failed."},
         SelectCase{"BeyondCount", 4, false, 0, "Invalid Size!"},
         SelectCase{"ServiceDown", 1, true, 0, "TVS is terminated"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(TVService, ReadsItsServiceAndTracksFromAFile)
 {

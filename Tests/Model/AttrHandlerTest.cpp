@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "TestAttrHandler.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -32,38 +33,6 @@ TEST(AttrKeys, KeysAreDistinctLowerCaseAndOnlyTextHasNone)
         EXPECT_TRUE(seen.insert(key).second) << "duplicate key " << key;
     }
 }
-
-struct KeyCase {
-    const char* key;
-    int attr;
-};
-
-void PrintTo(const KeyCase& c, std::ostream* os)
-{
-    *os << c.key;
-}
-
-class AttrKeyNumbers : public ::testing::TestWithParam<KeyCase> {};
-
-// Numbers are shared with the stored documents and the profiles' tables: a
-// shifted entry silently maps every later attribute wrong.
-TEST_P(AttrKeyNumbers, ToAttrEnumAndBack)
-{
-    TestAttrHandler handler;
-    std::string name = GetParam().key;
-    EXPECT_EQ(GetParam().attr, handler.ToAttrEnum(name));
-    EXPECT_EQ(GetParam().key, handler.ToAttrString(static_cast<TTMLAttr>(GetParam().attr)));
-}
-
-INSTANTIATE_TEST_SUITE_P(Table, AttrKeyNumbers,
-                         ::testing::Values(KeyCase{"begin", 0}, KeyCase{"region", 5}, KeyCase{"agent", 8},
-                                           KeyCase{"framerate", 10}, KeyCase{"tickrate", 20},
-                                           KeyCase{"backgroundcolor", 22}, KeyCase{"fontstyle", 30},
-                                           KeyCase{"parabackgroundcolor", 37}, KeyCase{"textalign", 40},
-                                           KeyCase{"id", 48}, KeyCase{"space", 50}, KeyCase{"alttext", 51},
-                                           KeyCase{"forceddisplay", 55}, KeyCase{"filllinegap", 56},
-                                           KeyCase{"timecontainer", 57}),
-                         [](const ::testing::TestParamInfo<KeyCase>& info) { return std::string(info.param.key); });
 
 // ---- Name lookups -------------------------------------------------------------
 
@@ -103,24 +72,6 @@ TEST(AttrHandler, ToAttrStringOutOfRangeIsInvalid)
     EXPECT_EQ("invalid", handler.ToAttrString(static_cast<TTMLAttr>(-1)));
 }
 
-TEST(AttrHandler, FreshHandlerIsEmptyApartFromInheritance)
-{
-    struct Bare : CAttrHandler {
-        int ValidateAttribute(TTMLAttr, std::string&) override { return ERR_NOT_SUPPORTED; }
-    } bare;
-    std::string name = "begin";
-    EXPECT_EQ(-1, bare.ToAttrEnum(name));
-    EXPECT_EQ("", bare.ToAttrString(ATTR_BEGIN));
-    EXPECT_TRUE(bare.GetDefaultAttrValues().empty());
-    EXPECT_EQ(-1, bare.GetProfile());
-    EXPECT_EQ(nullptr, bare.GetSubtitleInfo());
-    for (int attr = 0; attr < TTML_ATTR_COUNT; ++attr) {
-        EXPECT_TRUE(bare.IsInheritableAttribute(attr)) << attr;
-        for (int elem = 0; elem < TTML_ELEM_COUNT; ++elem)
-            ASSERT_FALSE(bare.IsAppliesTo(attr, elem)) << attr << "," << elem;
-    }
-}
-
 // ---- Range guards -----------------------------------------------------------
 
 struct RangeCase {
@@ -129,11 +80,6 @@ struct RangeCase {
     int elem;
     bool valid;
 };
-
-void PrintTo(const RangeCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class AppliesToRange : public ::testing::TestWithParam<RangeCase> {};
 
@@ -154,16 +100,7 @@ INSTANTIATE_TEST_SUITE_P(Table, AppliesToRange,
                                            RangeCase{"ElemUnknown", 0, 21, false},
                                            RangeCase{"AttrNegative", -1, 0, false},
                                            RangeCase{"ElemNegative", 0, -1, false}),
-                         [](const ::testing::TestParamInfo<RangeCase>& info) { return std::string(info.param.name); });
-
-TEST(AttrHandler, AppliesToBitsAreIndependent)
-{
-    TestAttrHandler handler;
-    handler.t_SetAppliesTo(ATTR_FONTSIZE, ELEM_SPAN, true);
-    EXPECT_TRUE(handler.IsAppliesTo(ATTR_FONTSIZE, ELEM_SPAN));
-    EXPECT_FALSE(handler.IsAppliesTo(ATTR_FONTSIZE, ELEM_P));
-    EXPECT_FALSE(handler.IsAppliesTo(ATTR_FONTSTYLE, ELEM_SPAN));
-}
+                         TTMLTest::RowName());
 
 TEST(AttrHandler, InheritableRangeAndClearing)
 {

@@ -4,6 +4,7 @@
 
 #include "CHeadlessCanvas.h"
 #include "ShellRun.h"
+#include "RowPrinter.h"
 
 #include <Evas.h>
 #include <gtest/gtest.h>
@@ -155,6 +156,6 @@ INSTANTIATE_TEST_SUITE_P(
                                "0:set:db/menu/caption/caption=1 0:set:memory/tv-viewer/infobanner/ttml=1 "
                                "0:set:db/menu/caption/captiondivisionmode=1",
                                {192, 767, 1728, 983}, 0x282828}),
-    [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "../Graphics/MainLoopFixture.h"
 #include "LogCapture.h"
 #include "ShellRun.h"
+#include "RowPrinter.h"
 
 #include <Ecore.h>
 #include <Evas.h>
@@ -218,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(
                       SourceCase{"Atsc3FromFile", nullptr, nullptr, "ATSC source feed: ", nullptr,
                                  "# an ATSC 3.0 set\n333=4\n 604 = 1 \n"},
                       SourceCase{"EnvironmentBeforeFile", "0", nullptr, nullptr, nullptr, "604=1\n333=4\n"}),
-    [](const ::testing::TestParamInfo<SourceCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 struct CommandCase {
     const char* cmd;
@@ -303,7 +304,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ModeCase{"BroadbandOnlyEnableMakesTheView", "broadbandonly", {"enable"}, 1, 0, 0, 0},
                       ModeCase{"BroadbandOnlyDisableLeavesNone", "broadbandonly", {"enable", "disable"}, 1, 0, 0, 1},
                       ModeCase{"BroadbandOnlyDisableWithoutView", "broadbandonly", {"disable"}, 0, 0, 0, 1}),
-    [](const ::testing::TestParamInfo<ModeCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST_F(UgTest, SecondStartKeepsTheFirstView)
 {

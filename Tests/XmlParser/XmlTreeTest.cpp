@@ -3,6 +3,7 @@
 
 #include "CXmlParser.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -112,11 +113,6 @@ struct ChildCase {
     const char* expected;  // local name of the match, or null for none
 };
 
-void PrintTo(const ChildCase& c, std::ostream* os)
-{
-    *os << '"' << c.name << '"';
-}
-
 class XmlChildByName : public XmlTree, public ::testing::WithParamInterface<ChildCase> {};
 
 const char kHeadDoc[] = "<tt:tt xmlns:tt=\"http://www.w3.org/ns/ttml\" "
@@ -165,11 +161,6 @@ struct ContentCase {
     std::string expected;
 };
 
-void PrintTo(const ContentCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class XmlContent : public XmlTree, public ::testing::WithParamInterface<ContentCase> {};
 
 // The text goes on into markup, so the special characters must come back
@@ -199,7 +190,7 @@ INSTANTIATE_TEST_SUITE_P(
         ContentCase{"EmptyElement", "<p/>", false, ""},
         ContentCase{"WhitespaceInsideText", "<p>  two  words </p>", false, "  two  words "},
         ContentCase{"PreservedBlankText", "<p xml:space=\"preserve\"> </p>", false, " "}),
-    [](const ::testing::TestParamInfo<ContentCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // --- Attributes ------------------------------------------------------------
 
@@ -230,11 +221,6 @@ struct LookupCase {
     bool found;
     const char* value;  // expected value; for absent ones the untouched old value
 };
-
-void PrintTo(const LookupCase& c, std::ostream* os)
-{
-    *os << '"' << c.name << '"';
-}
 
 class XmlAttrLookup : public XmlTree, public ::testing::WithParamInterface<LookupCase> {};
 
@@ -279,11 +265,6 @@ struct NullCase {
     std::function<bool(CXmlParser&)> isEmptyResult;
     const char* warning;  // null: nothing is logged
 };
-
-void PrintTo(const NullCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class XmlNullArgument : public ::testing::TestWithParam<NullCase> {};
 
@@ -336,6 +317,6 @@ INSTANTIATE_TEST_SUITE_P(
                             r.GetNodeName(nullptr).empty();
                  },
                  nullptr}),
-    [](const ::testing::TestParamInfo<NullCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace
