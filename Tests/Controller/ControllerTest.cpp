@@ -185,18 +185,12 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(NullPayloadCase{"XmlData", 0, "Invalid pData", false},
                       NullPayloadCase{"Start", 1, "Invalid pData", false},
                       NullPayloadCase{"Stop", 2, "Invalid user param: pData", false},
-                      NullPayloadCase{"Pause", 3, "Invalid user param: pData", false},
-                      NullPayloadCase{"Resume", 4, "Invalid user param: pData", false},
-                      NullPayloadCase{"Invalidate", 5, "Invalid user param: pData", false},
                       NullPayloadCase{"SeekStart", 6, "Invalid pData", false},
-                      NullPayloadCase{"SeekCompleted", 7, "Invalid user param: pData", false},
                       // The menu messages ignore their payload.
                       NullPayloadCase{"MenuRegister", 8, nullptr, true},
                       NullPayloadCase{"MenuUnregister", 9, nullptr, false},
                       NullPayloadCase{"MenuLang", 10, "null pointer error !", false},
                       NullPayloadCase{"Show", 11, "Error: null pointer", false},
-                      NullPayloadCase{"Hide", 12, "Error: null pointer", false},
-                      NullPayloadCase{"FontError", 13, "Error: null pointer", false},
                       NullPayloadCase{"Fourteen", 14, "Invalid message", false},
                       NullPayloadCase{"Negative", -1, "Invalid message", false}),
     TTMLTest::RowName());
