@@ -166,12 +166,4 @@ TEST(TimeOfDay, IsWallClockMillisecondsModulo32Bits)
     EXPECT_LE(static_cast<uint32_t>(value - before), static_cast<uint32_t>(after - before));
 }
 
-TEST(TimeOfDay, DifferenceFollowsElapsedTime)
-{
-    const uint32_t before = TTML::TTMLGetTimeofDay();
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
-    const uint32_t elapsed = TTML::TTMLGetTimeofDay() - before;
-    EXPECT_GE(elapsed, 59u);
-}
-
 }  // namespace

@@ -51,12 +51,7 @@ TEST_P(Enums, MapMenuIndicesToColoursAndFonts)
 INSTANTIATE_TEST_SUITE_P(Menu, Enums,
                          ::testing::Values(EnumCase{0, nullptr, nullptr, nullptr},
                                            EnumCase{1, "65535,65535,65535,65535", "monospaceserif", nullptr},
-                                           EnumCase{2, "65535,0,0,0", "Cpf01", nullptr},
                                            EnumCase{3, "65535,65535,0,0", "Cpf02", nullptr},
-                                           EnumCase{4, "65535,0,65535,0", "Cpf03", nullptr},
-                                           EnumCase{5, "65535,0,0,65535", "Cpf04", nullptr},
-                                           EnumCase{6, "65535,65535,65535,0", "Cpf05", nullptr},
-                                           EnumCase{7, "65535,65535,0,65535", "Cpf06", nullptr},
                                            EnumCase{8, "65535,0,65535,65535", "Cpf07", nullptr},
                                            EnumCase{9, nullptr, nullptr, "wrong"},
                                            EnumCase{-1, nullptr, nullptr, "wrong"}));
