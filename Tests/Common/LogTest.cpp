@@ -1,5 +1,6 @@
 #include "LogCapture.h"
 #include "TTMLLog.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -34,11 +35,6 @@ struct ColourCase {
     const char* name;
 };
 
-void PrintTo(const ColourCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class LogColour : public ::testing::TestWithParam<ColourCase> {};
 
 TEST_P(LogColour, MessageIsWrappedInItsColourCodes)
@@ -64,7 +60,7 @@ INSTANTIATE_TEST_SUITE_P(Levels, LogColour,
                          ::testing::Values(ColourCase{DLOG_INFO, "", "info"},
                                            ColourCase{DLOG_WARN, "\033[01;33m", "warning"},
                                            ColourCase{DLOG_ERROR, "\033[01;31m", "error"}),
-                         [](const ::testing::TestParamInfo<ColourCase>& i) { return std::string(i.param.name); });
+                         TTMLTest::RowName());
 
 TEST(LogFormat, EmptyEntryMessage)
 {

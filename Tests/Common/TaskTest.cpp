@@ -1,6 +1,7 @@
 #include "CTask.h"
 #include "LogCapture.h"
 #include "TCallback.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -342,11 +343,6 @@ struct CleanupCase {
     int droppedOnPost;  // oldest events handed to the cleanup while posting
 };
 
-void PrintTo(const CleanupCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class TaskCleanup : public ::testing::TestWithParam<CleanupCase> {};
 
 // Without a worker, posting keeps the newest 20 events when a cleanup
@@ -391,7 +387,7 @@ INSTANTIATE_TEST_SUITE_P(
                       CleanupCase{"twenty_one_posts_drop_oldest", true, 21, 1},
                       CleanupCase{"twenty_five_posts_drop_five_oldest", true, 25, 5},
                       CleanupCase{"no_cleanup_cb_warns_and_keeps_all", false, 25, 0}),
-    [](const ::testing::TestParamInfo<CleanupCase>& i) { return std::string(i.param.name); });
+    TTMLTest::RowName());
 
 struct NameCase {
     const char* label;

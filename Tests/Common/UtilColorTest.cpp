@@ -1,5 +1,6 @@
 #include "LogCapture.h"
 #include "Util.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -50,11 +51,6 @@ struct NameCase {
     std::string after;
 };
 
-void PrintTo(const NameCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ColorName : public ::testing::TestWithParam<NameCase> {};
 
 TEST_P(ColorName, ReplacedByCodeOnlyWhenKnown)
@@ -90,11 +86,6 @@ struct ExprCase {
     std::string value;
     TTMLColor expected;
 };
-
-void PrintTo(const ExprCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class ColorExpression : public ::testing::TestWithParam<ExprCase> {};
 
@@ -150,11 +141,6 @@ struct StringCase {
     std::string expected;
 };
 
-void PrintTo(const StringCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ColorString : public ::testing::TestWithParam<StringCase> {};
 
 TEST_P(ColorString, AppendsUnpaddedLowerCaseHex)
@@ -185,11 +171,6 @@ struct LengthCase {
     bool found;
     double expected;
 };
-
-void PrintTo(const LengthCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Length : public ::testing::TestWithParam<LengthCase> {};
 
@@ -227,11 +208,6 @@ struct OriginCase {
     std::pair<int, int> expected;  // starting from (-1, -1)
 };
 
-void PrintTo(const OriginCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class OriginExtent : public ::testing::TestWithParam<OriginCase> {};
 
 TEST_P(OriginExtent, TwoLengthsTruncatedToInt)
@@ -264,11 +240,6 @@ struct PaddingCase {
     double top, right, bottom, left;  // -1 = left alone
     bool warned;
 };
-
-void PrintTo(const PaddingCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Padding : public ::testing::TestWithParam<PaddingCase> {};
 
@@ -309,11 +280,6 @@ struct OutlineCase {
     double thickness, blur;  // -1 = left alone
 };
 
-void PrintTo(const OutlineCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Outline : public ::testing::TestWithParam<OutlineCase> {};
 
 // Cell height 30, font size 40.
@@ -351,11 +317,6 @@ struct ContrastCase {
     TTMLColor background;
     uint16_t text;  // the red, green and blue chosen
 };
-
-void PrintTo(const ContrastCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Contrast : public ::testing::TestWithParam<ContrastCase> {};
 

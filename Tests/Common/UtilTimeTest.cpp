@@ -1,5 +1,6 @@
 #include "LogCapture.h"
 #include "Util.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -13,11 +14,6 @@ struct TimeCase {
     unsigned long long ms;
     std::string error;  // expected error message, empty when none
 };
-
-void PrintTo(const TimeCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class TimeExpression : public ::testing::TestWithParam<TimeCase> {};
 
@@ -56,7 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
                       Clock("FractionInexactInBinary", "00:00:32.620", 0, 32620),
                       Clock("NonNumericPartsCountZero", "aa:bb:cc", 0, 0),
                       Clock("LeadingDigitsOfEachPart", "1x:2y:3.5z", 0, 3723500)),
-    [](const ::testing::TestParamInfo<TimeCase>& i) { return std::string(i.param.name); });
+    TTMLTest::RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Offset, TimeExpression,
@@ -83,7 +79,7 @@ INSTANTIATE_TEST_SUITE_P(
                       TimeCase{"MetricIsCaseSensitive", "5S", 0, 0, 0, ""},
                       TimeCase{"TrailingBlankSpoilsMetric", "2s ", 0, 0, 0, "Invalid time matric=s "},
                       TimeCase{"NegativeGivesZero", "-5s", 0, 0, 0, ""}),
-    [](const ::testing::TestParamInfo<TimeCase>& i) { return std::string(i.param.name); });
+    TTMLTest::RowName());
 
 // The two-part and odd part counts only reach the clock converter directly;
 // none of them may read past the parts given.

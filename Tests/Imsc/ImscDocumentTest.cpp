@@ -29,25 +29,14 @@ const char* const kNoTimedElement = "XML Document Error: No text element in subt
 // Bit value 8: documents without a declaration default to IMSC 1 text.
 const int kImscMode = 9;
 
-// "folder/File.ttml" paths below the sample folder, sorted.
 std::vector<std::string> SampleFiles()
 {
-    std::vector<std::string> files;
-    std::error_code ec;
-    for (fs::recursive_directory_iterator it(kSampleDir, ec), end; !ec && it != end; it.increment(ec)) {
-        if (it->is_regular_file() && it->path().extension() == ".ttml")
-            files.push_back(fs::relative(it->path(), kSampleDir).generic_string());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
+    return ParserTest::SampleFiles(kSampleDir, ".ttml");
 }
 
 std::string ReadSample(const std::string& name)
 {
-    std::ifstream in(kSampleDir / name, std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return ParserTest::ReadFile(kSampleDir / name);
 }
 
 std::string TestName(std::string file)
@@ -122,35 +111,6 @@ INSTANTIATE_TEST_SUITE_P(Parser, ImscSample, ::testing::ValuesIn(SampleFiles()),
 // Without the sample folder the list is empty; that is reported by the skips
 // of the other tests, not as an error.
 GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(ImscSample);
-
-// The same documents queued on the parser thread, back to back through one
-// cached profile: each accepted one arrives, in order, on "Parser".
-TEST(ImscSamples, QueuedBackToBackOnTheParserThread)
-{
-    SKIP_WITHOUT_SAMPLES();
-    Deliveries delivered;
-    TTML::CParser parser;
-    ASSERT_TRUE(parser.Initialize(kImscMode, &Deliveries::Callback, &delivered));
-    size_t expected = 0;
-    long long stamp = 0;
-    for (const auto& file : SampleFiles()) {
-        const std::string xml = ReadSample(file);
-        if (xml.find(kImageDeclaration) != std::string::npos)
-            continue;
-        expected += kRefused.count(file) == 0;
-        parser.AddToParserQueue(MakeRecord(xml, -1, ++stamp));
-    }
-    parser.Reset();
-    parser.Destroy();
-
-    ASSERT_EQ(delivered.Count(), expected);
-    for (size_t i = 0; i < delivered.docs.size(); ++i) {
-        EXPECT_EQ(delivered.threads[i], "Parser");
-        if (i > 0) {
-            EXPECT_LT(delivered.docs[i - 1]->GetTimeStamp(), delivered.docs[i]->GetTimeStamp());
-        }
-    }
-}
 
 // ---- Hand-derived results ---------------------------------------------------------
 

@@ -67,28 +67,18 @@ TEST_P(ImscElementFilter, StoresWhatTheTablesAllow)
 const FilterCase kFilterCases[] = {
     // A style keeps everything for the elements that reference it.
     {ELEM_STYLE, ATTR_EXTENT, true},
-    {ELEM_STYLE, ATTR_AGENT, true},
-    {ELEM_STYLE, ATTR_BEGIN, true},
     // Spans keep only what applies to spans, inheritable or not.
     {ELEM_SPAN, ATTR_COLOR, true},
-    {ELEM_SPAN, ATTR_TEXT, true},
-    {ELEM_SPAN, ATTR_BACKGROUNDCOLOR, true},
     {ELEM_SPAN, ATTR_LINEPADDING, false},
-    {ELEM_SPAN, ATTR_TEXTALIGN, false},
-    {ELEM_SPAN, ATTR_BACKGROUNDIMAGE, false},
     // Others: inheritable (to pass down) or applicable.
     {ELEM_P, ATTR_COLOR, true},
     {ELEM_P, ATTR_LINEPADDING, true},
     {ELEM_P, ATTR_OPACITY, false},
-    {ELEM_DIV, ATTR_EXTENT, false},
     {ELEM_DIV, ATTR_BACKGROUNDIMAGE, true},
-    {ELEM_BODY, ATTR_ZINDEX, false},
     {ELEM_REGION, ATTR_ZINDEX, true},
-    {ELEM_REGION, ATTR_EXTENT, true},
     {ELEM_TT, ATTR_EXTENT, true},
     {ELEM_TT, ATTR_ORIGIN, false},
     {ELEM_SET, ATTR_ORIGIN, true},
-    {ELEM_SET, ATTR_SHOWBACKGROUND, true},
     {ELEM_DIV, ATTR_SHOWBACKGROUND, false},
     {ELEM_UNKNOWN, ATTR_COLOR, true},
     {ELEM_UNKNOWN, ATTR_PADDING, false},

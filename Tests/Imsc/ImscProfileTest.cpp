@@ -8,10 +8,11 @@
 #include "CSubtitleInfo.h"
 #include "CXmlParser.h"
 #include "LogCapture.h"
+#include "ProfileWalk.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <list>
 #include <ostream>
 #include <set>
@@ -22,10 +23,8 @@ namespace {
 
 using namespace TTML;
 
-class TestProfile : public CIMSCProfile {
-public:
-    CStyleRegionInfo* Registry() { return t_pStyleRegionInfo; }
-};
+using WalkTest::Attr;
+using WalkTest::ImscWalk;
 
 constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
 
@@ -39,99 +38,35 @@ std::string Doc(const std::string& body, const std::string& layout = kRegion, co
            bodyAttrs + ">" + body + "</body></tt>";
 }
 
-// One IMSC 1 text walk; the profile is reset only on destruction so that the
-// registry can still be inspected.
-class ImscWalk {
-public:
-    explicit ImscWalk(const std::string& xml)
-    {
-        EXPECT_TRUE(profile.Initialize());
-        profile.SetProfile(0);
-        EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
-        CProfile::TTMLProfileData data;
-        data.pXmlParser = &reader;
-        data.pSubtitleInfo = &info;
-        result = profile.ProcessSubtitles(&data);
-    }
-    ~ImscWalk()
-    {
-        profile.Reset();
-        profile.Destroy();
-        reader.Reset();
-    }
-
-    // Intervals in which an element with text `text` is listed, adjacent
-    // intervals of the same element merged, in time order. Each piece is
-    // "begin-end" followed by the label `mark` gives its `attr` value.
-    std::string Pieces(const std::string& text, int attr = ATTR_COLOR,
-                       const std::vector<std::pair<std::string, std::string>>& mark = {}) const
-    {
-        struct Piece {
-            unsigned long long begin;
-            unsigned long long end;
-            CElementSPTR element;
-        };
-        std::set<CSubtitleInfo::TimeInterval> keys;
-        info.GetUniqueKeys(keys);
-        std::vector<Piece> pieces;
-        for (const auto& key : keys) {
-            std::list<CElementSPTR> elements;
-            info.GetElementListForInterval(key, elements);
-            for (const auto& e : elements) {
-                std::string value;
-                if (!e->GetAttrValue(ATTR_TEXT, value) || value != text)
-                    continue;
-                if (!pieces.empty() && pieces.back().element == e && pieces.back().end == key.first)
-                    pieces.back().end = key.second;
-                else
-                    pieces.push_back({key.first, key.second, e});
-            }
-        }
-        std::string out;
-        for (const auto& p : pieces) {
-            if (!out.empty())
-                out += ",";
-            out += std::to_string(p.begin) + "-" + std::to_string(p.end);
-            std::string value;
-            if (p.element->GetAttrValue(attr, value)) {
-                for (const auto& m : mark) {
-                    if (m.first == value)
-                        out += m.second;
-                }
-            }
-        }
-        return out;
-    }
-
-    // First listed element with text `text`; null when none.
-    CElementSPTR Find(const std::string& text) const
-    {
-        std::set<CSubtitleInfo::TimeInterval> keys;
-        info.GetUniqueKeys(keys);
-        for (const auto& key : keys) {
-            std::list<CElementSPTR> elements;
-            info.GetElementListForInterval(key, elements);
-            for (const auto& e : elements) {
-                std::string value;
-                if (e->GetAttrValue(ATTR_TEXT, value) && value == text)
-                    return e;
-            }
-        }
-        return nullptr;
-    }
-
-    TestProfile profile;
-    CXmlParser reader;
-    CSubtitleInfo info;
-    int result = -1;
-};
-
-std::string Attr(const CElementSPTR& element, int attr)
+// Intervals in which an element with text `text` is listed, adjacent
+// intervals of the same element merged, in time order. Each piece is
+// "begin-end" followed by the label `mark` gives its `attr` value.
+std::string Pieces(const ImscWalk& walk, const std::string& text, int attr = ATTR_COLOR,
+                   const std::vector<std::pair<std::string, std::string>>& mark = {})
 {
-    std::string value;
-    if (!element)
-        return "<no element>";
-    return element->GetAttrValue(attr, value) ? value : "<absent>";
+    std::vector<WalkTest::Timed> pieces;
+    std::set<CSubtitleInfo::TimeInterval> keys;
+    walk.info.GetUniqueKeys(keys);
+    for (const auto& key : keys) {
+        std::list<CElementSPTR> elements;
+        walk.info.GetElementListForInterval(key, elements);
+        for (const auto& e : elements) {
+            if (Attr(e, ATTR_TEXT) != text)
+                continue;
+            if (!pieces.empty() && pieces.back().element == e && pieces.back().end == key.first)
+                pieces.back().end = key.second;
+            else
+                pieces.push_back({key.first, key.second, e});
+        }
+    }
+    std::string out;
+    for (const auto& p : pieces) {
+        out += (out.empty() ? "" : ",") + std::to_string(p.begin) + "-" + std::to_string(p.end);
+        for (const auto& m : mark)
+            if (m.first == Attr(p.element, attr))
+                out += m.second;
+    }
+    return out;
 }
 
 // The stored form of a colour, as the attribute checks write it.
@@ -152,11 +87,6 @@ struct TimingCase {
     const char* pieces;  // of text "A"
 };
 
-void PrintTo(const TimingCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ImscTiming : public ::testing::TestWithParam<TimingCase> {};
 
 TEST_P(ImscTiming, PlacesTextAt)
@@ -164,7 +94,7 @@ TEST_P(ImscTiming, PlacesTextAt)
     const auto& c = GetParam();
     ImscWalk walk(Doc(c.body, kRegion, c.rootAttrs));
     ASSERT_EQ(ERR_NONE, walk.result);
-    EXPECT_EQ(c.pieces, walk.Pieces("A"));
+    EXPECT_EQ(c.pieces, Pieces(walk, "A"));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -190,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
         TimingCase{"DeclaredTickRate", "<p begin=\"20t\" end=\"40t\">A</p>", "ttp:tickRate=\"10\"", "2000-4000"},
         TimingCase{"DeclaredFrameRate", "<p begin=\"25f\" end=\"50f\">A</p>", "ttp:frameRate=\"25\"",
                    "1000-2000"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // Three sets with only a dur in a seq span: they follow one another from the
 // span's begin until the span's end is used up; the span keeps its times.
@@ -203,7 +133,7 @@ TEST(ImscSeq, SetsFollowEachOtherUntilContainerEnds)
                       "<set dur=\"2s\" tts:color=\"#ff0000\"/><set dur=\"3s\" tts:color=\"#00ff00\"/>"
                       "<set dur=\"1s\" tts:color=\"#0000ff\"/>A</span></p>"));
     ASSERT_EQ(ERR_NONE, walk.result);
-    EXPECT_EQ("0-2000R,2000-4000L", walk.Pieces("A", ATTR_COLOR, {{red, "R"}, {lime, "L"}, {blue, "B"}}));
+    EXPECT_EQ("0-2000R,2000-4000L", Pieces(walk, "A", ATTR_COLOR, {{red, "R"}, {lime, "L"}, {blue, "B"}}));
 }
 
 // ---- Display and showBackground -------------------------------------------------
@@ -217,11 +147,6 @@ struct DisplayCase {
     bool backgroundShown;   // an empty text listed from 1 s to 2 s
 };
 
-void PrintTo(const DisplayCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ImscDisplay : public ::testing::TestWithParam<DisplayCase> {};
 
 TEST_P(ImscDisplay, HidesTextAndKeepsBackgroundAsAsked)
@@ -231,9 +156,9 @@ TEST_P(ImscDisplay, HidesTextAndKeepsBackgroundAsAsked)
     ImscWalk walk(Doc(std::string(c.hidden) + "<div region=\"r1\"><p begin=\"5s\" end=\"6s\">B</p></div>", c.layout,
                       "", c.styling));
     ASSERT_EQ(ERR_NONE, walk.result);
-    EXPECT_EQ(c.textShown ? "1000-2000" : "", walk.Pieces("A"));
-    EXPECT_EQ(c.backgroundShown ? "1000-2000" : "", walk.Pieces(""));
-    EXPECT_EQ("5000-6000", walk.Pieces("B"));
+    EXPECT_EQ(c.textShown ? "1000-2000" : "", Pieces(walk, "A"));
+    EXPECT_EQ(c.backgroundShown ? "1000-2000" : "", Pieces(walk, ""));
+    EXPECT_EQ("5000-6000", Pieces(walk, "B"));
 }
 
 constexpr const char* kTwoRegions = "<region xml:id=\"r1\"/><region xml:id=\"r2\" tts:showBackground=\"whenActive\"/>";
@@ -257,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(
                     "<div region=\"r2\"><p begin=\"1s\" end=\"2s\">A</p></div>", true, false},
         DisplayCase{"HiddenRegion", kHiddenRegion, "",
                     "<div region=\"r2\"><p begin=\"1s\" end=\"2s\">A</p></div>", false, false}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // ---- Regions and root parameters -----------------------------------------------
 
@@ -269,7 +194,7 @@ TEST(ImscRegion, DocumentWithoutRegionsGetsAnonymousRegion)
     ASSERT_TRUE(region);
     EXPECT_EQ("auto", Attr(region, ATTR_EXTENT));
     EXPECT_EQ("auto", Attr(region, ATTR_ORIGIN));
-    EXPECT_EQ("anonymous", Attr(walk.Find("A"), ATTR_REGION));
+    EXPECT_EQ("anonymous", Attr(walk.Text("A"), ATTR_REGION));
 }
 
 TEST(ImscRegion, DeclaredRegionsGetNoAnonymousRegion)
@@ -303,11 +228,6 @@ struct ExtentCase {
     const char* warning;  // expected warning, or empty
 };
 
-void PrintTo(const ExtentCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ImscRootExtent : public ::testing::TestWithParam<ExtentCase> {};
 
 TEST_P(ImscRootExtent, KeepsOnlyTwoPixelLengths)
@@ -330,7 +250,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ExtentCase{"SingleLength", "tts:extent=\"640px\"", "", ""},
                       ExtentCase{"Auto", "tts:extent=\"auto\"", "", ""},
                       ExtentCase{"Absent", "", "", ""}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(ImscRoot, RatesDefaultAndDeclared)
 {
@@ -362,11 +282,6 @@ struct SetCase {
     const char* emptyPieces;  // of an emptied text
 };
 
-void PrintTo(const SetCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ImscSet : public ::testing::TestWithParam<SetCase> {};
 
 TEST_P(ImscSet, SplitsIntervalAtSetBoundaries)
@@ -376,8 +291,8 @@ TEST_P(ImscSet, SplitsIntervalAtSetBoundaries)
     ASSERT_EQ(ERR_NONE, walk.result);
     const std::vector<std::pair<std::string, std::string>> marks = {{Colour("#ff0000"), "R"},
                                                                      {Colour("#0000ff"), "B"}};
-    EXPECT_EQ(c.textPieces, walk.Pieces("A", ATTR_COLOR, marks));
-    EXPECT_EQ(c.emptyPieces, walk.Pieces("", ATTR_COLOR, marks));
+    EXPECT_EQ(c.textPieces, Pieces(walk, "A", ATTR_COLOR, marks));
+    EXPECT_EQ(c.emptyPieces, Pieces(walk, "", ATTR_COLOR, marks));
 }
 
 constexpr const char* kWhenActive = "<region xml:id=\"r1\" tts:showBackground=\"whenActive\"/>";
@@ -416,18 +331,13 @@ INSTANTIATE_TEST_SUITE_P(
         SetCase{"DivSetReachesText", kRegion,
                 "<div><set begin=\"1s\" end=\"2s\" tts:color=\"#ff0000\"/><p begin=\"0s\" end=\"3s\">A</p></div>",
                 "0-1000,1000-2000R,2000-3000", ""}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 struct RegionSetCase {
     const char* name;
     const char* regionSets;
     const char* pieces;  // of text "A" from 5 s to 10 s; R marks the set's background
 };
-
-void PrintTo(const RegionSetCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class ImscRegionSet : public ::testing::TestWithParam<RegionSetCase> {};
 
@@ -437,7 +347,7 @@ TEST_P(ImscRegionSet, TimesRegionSetsFromEachElementsBegin)
     ImscWalk walk(Doc("<div><p begin=\"5s\" end=\"10s\">A</p></div>",
                       std::string("<region xml:id=\"r1\">") + c.regionSets + "</region>"));
     ASSERT_EQ(ERR_NONE, walk.result);
-    EXPECT_EQ(c.pieces, walk.Pieces("A", ATTR_REGIONBACKGROUNDCOLOR, {{Colour("#ff0000"), "R"}}));
+    EXPECT_EQ(c.pieces, Pieces(walk, "A", ATTR_REGIONBACKGROUNDCOLOR, {{Colour("#ff0000"), "R"}}));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -454,7 +364,7 @@ INSTANTIATE_TEST_SUITE_P(
         RegionSetCase{"BeyondElementAddsNothing", "<set begin=\"20s\" end=\"25s\" tts:backgroundColor=\"#ff0000\"/>",
                       "5000-10000"},
         RegionSetCase{"UntimedSetSkipped", "<set tts:backgroundColor=\"#ff0000\"/>", "5000-10000"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // ---- Limits and corpus -------------------------------------------------------------
 
@@ -472,47 +382,13 @@ TEST(ImscDepth, NestedSpansStopAtTheWalkersLimit)
         "<p begin=\"1s\" end=\"2s\">" + Repeat("<span>", 10) + "A" + Repeat("</span>", 10) + "</p>";
     ImscWalk ok(Doc(shallow));
     EXPECT_EQ(ERR_NONE, ok.result);
-    EXPECT_EQ("1000-2000", ok.Pieces("A"));
+    EXPECT_EQ("1000-2000", Pieces(ok, "A"));
 
     const int levels = CProfile::kMaxNestingDepth + 5;
     const std::string deep =
         "<p begin=\"1s\" end=\"2s\">" + Repeat("<span>", levels) + "A" + Repeat("</span>", levels) + "</p>";
     ImscWalk refused(Doc(deep));
     EXPECT_EQ(ERR_INVALID, refused.result);
-}
-
-TEST(ImscCorpus, EverySampleWalksToADefinedResult)
-{
-    namespace fs = std::filesystem;
-    const fs::path root = fs::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
-    if (!fs::is_directory(root))
-        GTEST_SKIP() << root << " is absent";
-    int walked = 0;
-    int parsed = 0;
-    for (const auto& entry : fs::recursive_directory_iterator(root)) {
-        if (!entry.is_regular_file() || entry.path().extension() != ".ttml")
-            continue;
-        TestProfile profile;
-        ASSERT_TRUE(profile.Initialize());
-        profile.SetProfile(0);
-        CXmlParser reader;
-        CSubtitleInfo info;
-        if (reader.ReadFile(entry.path().string())) {
-            CProfile::TTMLProfileData data;
-            data.pXmlParser = &reader;
-            data.pSubtitleInfo = &info;
-            const int result = profile.ProcessSubtitles(&data);
-            EXPECT_TRUE(result >= ERR_NONE && result <= ERR_NULL_POINTER) << entry.path() << ": " << result;
-            ++walked;
-            parsed += result == ERR_NONE;
-        }
-        profile.Reset();
-        profile.Destroy();
-        reader.Reset();
-    }
-    EXPECT_GT(walked, 0);
-    // Most samples are text documents this walker accepts.
-    EXPECT_GT(parsed, walked / 2) << parsed << " of " << walked;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "MenuFixture.h"
 
 #include "CCaptionDivision.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -22,11 +23,6 @@ struct DivisionCase {
     TTMLRect<int> region;   // a region before ...
     const char* moved;      // ... and after ApplyCaptionDivToRegion; null: refused, unchanged
 };
-
-void PrintTo(const DivisionCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Division : public MenuTest, public ::testing::WithParamInterface<DivisionCase> {};
 
@@ -62,7 +58,7 @@ INSTANTIATE_TEST_SUITE_P(
         DivisionCase{"BandAbove", 2, "0,341,1920,739", {0, 0, 1920, 400}, "31,29,1860,284"},
         DivisionCase{"CentredBandBelow", 3, "303,0,1314,739", {10, 100, 200, 300}, "31,767,200,284"},
         DivisionCase{"CentredBandAbove", 4, "303,341,1314,739", {1800, 1000, 60, 20}, "1800,29,60,20"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // What the menu's state makes of a division request.
 struct DecisionCase {
@@ -74,11 +70,6 @@ struct DecisionCase {
     int mode;         // in force after
     const char* log;  // a line the decision logs
 };
-
-void PrintTo(const DecisionCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class Decision : public MenuTest, public ::testing::WithParamInterface<DecisionCase> {};
 
@@ -118,6 +109,6 @@ INSTANTIATE_TEST_SUITE_P(
         DecisionCase{"SameMode", 1, 1, 1, 1, 0, false, false, 1, "Current caption division mode is same as new =[1]"},
         DecisionCase{"ModeAboveFour", 1, 1, 1, 7, 0, false, false, 0, "Invalid caption division=7"},
         DecisionCase{"TvServiceDown", 0, 1, 1, 2, 0, false, true, 0, "pVideoCtrl is null!"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace

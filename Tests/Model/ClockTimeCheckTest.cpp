@@ -1,4 +1,5 @@
 #include "TestAttrHandler.h"
+#include "RowPrinter.h"
 
 #include <boost/regex.hpp>
 #include <gtest/gtest.h>
@@ -30,11 +31,6 @@ struct ShapeCase {
     int code;
 };
 
-void PrintTo(const ShapeCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class ClockTimeShape : public ::testing::TestWithParam<ShapeCase> {};
 
 TEST_P(ClockTimeShape, AgreesWithThePattern)
@@ -65,7 +61,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ShapeCase{"NonAsciiDigit", "00:00:0\xd9\xa5", ERR_IGNORE},
                       ShapeCase{"OffsetTime", "5.4s", ERR_IGNORE}, ShapeCase{"Empty", "", ERR_IGNORE},
                       ShapeCase{"TwoFields", "00:05", ERR_IGNORE}),
-    [](const ::testing::TestParamInfo<ShapeCase>& i) { return std::string(i.param.name); });
+    TTMLTest::RowName());
 
 // Values built from clock-time pieces with random faults: digits out of
 // range, missing or extra digits, stray separators and characters.

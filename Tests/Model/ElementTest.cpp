@@ -8,6 +8,7 @@
 #include "CStyleRegionInfo.h"
 #include "LogCapture.h"
 #include "TestAttrHandler.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -41,11 +42,6 @@ struct AddCase {
     bool stored;
 };
 
-void PrintTo(const AddCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class AddAttrRange : public ::testing::TestWithParam<AddCase> {};
 
 TEST_P(AddAttrRange, OnlyNumbersOfTheTableAreStored)
@@ -62,7 +58,7 @@ TEST_P(AddAttrRange, OnlyNumbersOfTheTableAreStored)
 INSTANTIATE_TEST_SUITE_P(Table, AddAttrRange,
                          ::testing::Values(AddCase{"First", 0, true}, AddCase{"Last", 57, true},
                                            AddCase{"OnePastLast", 58, false}, AddCase{"Negative", -1, false}),
-                         [](const ::testing::TestParamInfo<AddCase>& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 TEST_F(ElementTest, LaterValueReplacesEarlierAndMissingLeavesOutputAlone)
 {

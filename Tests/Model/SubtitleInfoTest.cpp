@@ -4,6 +4,7 @@
 
 #include "CSubtitleInfo.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -96,11 +97,6 @@ struct SplitCase {
     unsigned long long lastEnd;
 };
 
-void PrintTo(const SplitCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class SplitCases : public ::testing::TestWithParam<SplitCase> {};
 
 TEST_P(SplitCases, IntervalsListsAndLastEnd)
@@ -146,7 +142,7 @@ INSTANTIATE_TEST_SUITE_P(
                   {{0, 10}, {20, 30}, {5, 40}},
                   {{{0, 10}, {0}}, {{5, 20}, {2}}, {{20, 30}, {1, 2}}, {{30, 40}, {2}}},
                   40}),
-    [](const ::testing::TestParamInfo<SplitCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // ---- Untimed elements and failures ---------------------------------------------------
 
@@ -234,11 +230,6 @@ struct RandomRegime {
     unsigned long long maxLength;
 };
 
-void PrintTo(const RandomRegime& r, std::ostream* os)
-{
-    *os << r.name;
-}
-
 class SplitMatchesDirectRule : public ::testing::TestWithParam<RandomRegime> {};
 
 TEST_P(SplitMatchesDirectRule, OnRandomDocuments)
@@ -282,7 +273,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(RandomRegime{"DenseCoincidences", 1, 12, 20, 6}, RandomRegime{"ManyShortCues", 2, 60, 400, 30},
                       RandomRegime{"LongOverlaps", 3, 40, 100, 90}, RandomRegime{"SparseWithGaps", 4, 30, 10000, 50},
                       RandomRegime{"ZeroLengthHeavy", 5, 25, 30, 1}),
-    [](const ::testing::TestParamInfo<RandomRegime>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // ---- Rates and segment bounds ------------------------------------------------------------
 
@@ -293,11 +284,6 @@ struct FrameRateCase {
     double effective;
     std::vector<std::string> lines;
 };
-
-void PrintTo(const FrameRateCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class FrameRates : public ::testing::TestWithParam<FrameRateCase> {};
 
@@ -332,7 +318,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "After applying frameRateMultiplier, final m_effectiveFrameRate: 50.000000"}},
         FrameRateCase{"ZeroNumeratorLeavesRate", "30", "0 1", 30.0,
                       {"frameRateMultiplier=0 1, frameRate: 30", "frameRateMultiplier: numerator=0, denominator=1"}}),
-    [](const ::testing::TestParamInfo<FrameRateCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(SubtitleInfo, DefaultsAndTickRate)
 {

@@ -9,7 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 
 #include <algorithm>
 #include <fstream>
@@ -25,26 +24,12 @@ const std::string kImscDeclaration =
 
 std::vector<std::string> SampleFiles()
 {
-    std::vector<std::string> files;
-    DIR* dir = opendir(kSampleDir.c_str());
-    if (!dir)
-        return files;
-    while (dirent* e = readdir(dir)) {
-        std::string name = e->d_name;
-        if (name != "." && name != "..")
-            files.push_back(name);
-    }
-    closedir(dir);
-    std::sort(files.begin(), files.end());
-    return files;
+    return ParserTest::SampleFiles(kSampleDir, "");
 }
 
 std::string ReadSample(const std::string& name)
 {
-    std::ifstream in(kSampleDir + "/" + name, std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return ParserTest::ReadFile(kSampleDir + "/" + name);
 }
 
 std::string WithoutImscDeclaration(std::string xml)
@@ -81,19 +66,6 @@ TEST(EbuSamples, EveryDocumentAsDelivered)
         ++count;
     }
     EXPECT_EQ(count, p.delivered.Count());
-}
-
-TEST(EbuSamples, EveryDocumentAsEbu)
-{
-    SKIP_WITHOUT_SAMPLES();
-    SyncParser p(1);
-    for (const auto& name : SampleFiles()) {
-        LogCapture log;
-        int resolved = -2;
-        int result = p.Run(WithoutImscDeclaration(ReadSample(name)), -1, &resolved);
-        EXPECT_EQ(resolved, 2) << name;
-        EXPECT_EQ(result, TTML::ERR_NONE) << name << "\n" << log.Dump();
-    }
 }
 
 // Expected intervals and texts worked out by hand from each document.

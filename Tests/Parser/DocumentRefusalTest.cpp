@@ -4,6 +4,7 @@
 
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -18,11 +19,6 @@ struct RefusalCase {
     std::vector<std::string> logged;  // exact messages
     std::string loggedPart;           // a message containing this, when not empty
 };
-
-void PrintTo(const RefusalCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 DocParts WithHead(const std::string& head)
 {

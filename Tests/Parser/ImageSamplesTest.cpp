@@ -23,24 +23,13 @@ using Interval = std::pair<unsigned long long, unsigned long long>;
 const fs::path kSampleDir = fs::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
 const char kImageDeclaration[] = "ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\"";
 
-std::string ReadFile(const fs::path& path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
-}
-
 // Documents declaring the image profile, as paths relative to kSampleDir.
 std::vector<std::string> ImageDocuments()
 {
     std::vector<std::string> found;
-    std::error_code ec;
-    for (fs::recursive_directory_iterator it(kSampleDir, ec), end; !ec && it != end; it.increment(ec)) {
-        if (it->path().extension() == ".ttml" && ReadFile(it->path()).find(kImageDeclaration) != std::string::npos)
-            found.push_back(fs::relative(it->path(), kSampleDir).string());
-    }
-    std::sort(found.begin(), found.end());
+    for (const std::string& file : ParserTest::SampleFiles(kSampleDir, ".ttml"))
+        if (ParserTest::ReadFile(kSampleDir / file).find(kImageDeclaration) != std::string::npos)
+            found.push_back(file);
     return found;
 }
 
@@ -66,7 +55,7 @@ struct Parsed {
     explicit Parsed(const std::string& relative)
     {
         const fs::path path = kSampleDir / relative;
-        TTML::SubRawData* record = MakeRecord(ReadFile(path));
+        TTML::SubRawData* record = MakeRecord(ParserTest::ReadFile(path));
         record->subSampleData = PackedImagesBeside(path);
         result = parser.parser.ProcessRecord(record, &resolved);
     }

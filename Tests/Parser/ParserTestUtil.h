@@ -7,10 +7,14 @@
 
 #include <pthread.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,6 +30,28 @@ struct DocParts {
     std::string body = "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">"
                        "<span>Hello</span></p></div>";
 };
+
+// Files ending in `extension` (any, when empty) below `dir`, as sorted paths relative to it.
+inline std::vector<std::string> SampleFiles(const std::filesystem::path& dir, const std::string& extension)
+{
+    namespace fs = std::filesystem;
+    std::vector<std::string> files;
+    std::error_code ec;
+    for (fs::recursive_directory_iterator it(dir, ec), end; !ec && it != end; it.increment(ec)) {
+        if (it->is_regular_file() && (extension.empty() || it->path().extension() == extension))
+            files.push_back(fs::relative(it->path(), dir).generic_string());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+}
+
+inline std::string ReadFile(const std::filesystem::path& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream ss;
+    ss << in.rdbuf();
+    return ss.str();
+}
 
 inline std::string MakeDoc(const DocParts& d)
 {

@@ -3,6 +3,7 @@
 
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -21,11 +22,6 @@ struct ResolutionCase {
     std::vector<std::string> logged;     // exact messages
     std::vector<std::string> notLogged;  // no message contains these
 };
-
-void PrintTo(const ResolutionCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 std::string RootProfile(const std::string& designator)
 {

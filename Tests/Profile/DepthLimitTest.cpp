@@ -2,7 +2,8 @@
 // recursing on; shallower ones still parse.
 
 #include "LogCapture.h"
-#include "WalkTestUtil.h"
+#include "ProfileWalk.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -42,11 +43,6 @@ struct DepthCase {
     bool accepted;
 };
 
-void PrintTo(const DepthCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class DepthLimit : public ::testing::TestWithParam<DepthCase> {};
 
 TEST_P(DepthLimit, RefusesOnlyBeyondTheLimit)
@@ -78,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
                       DepthCase{"Divs70", DivChain(70), false}, DepthCase{"Divs240", DivChain(240), false},
                       DepthCase{"Spans40", SpanChain(40), true}, DepthCase{"Spans58", SpanChain(58), true},
                       DepthCase{"Spans70", SpanChain(70), false}, DepthCase{"Spans240", SpanChain(240), false}),
-    [](const ::testing::TestParamInfo<DepthCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(DepthLimitReuse, ProfileWalksNormallyAfterARefusal)
 {

@@ -3,7 +3,8 @@
 
 #include "CEBUAttrHandler.h"
 #include "LogCapture.h"
-#include "WalkTestUtil.h"
+#include "ProfileWalk.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -24,11 +25,6 @@ struct ValidatorCase {
     int code;
     const char* stored;  // value after the check when accepted
 };
-
-void PrintTo(const ValidatorCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class EbuValidator : public ::testing::TestWithParam<ValidatorCase> {};
 
@@ -78,7 +74,7 @@ INSTANTIATE_TEST_SUITE_P(
         ValidatorCase{"RegionBackground", ATTR_REGIONBACKGROUNDCOLOR, "#FF000080", ERR_NONE, "#FF000080"},
         ValidatorCase{"ShowBackgroundLowered", ATTR_SHOWBACKGROUND, "WhenActive", ERR_NONE, "whenactive"},
         ValidatorCase{"FillLineGapNamedButUnchecked", ATTR_FILLLINEGAP, "true", ERR_NOT_SUPPORTED, ""}),
-    [](const ::testing::TestParamInfo<ValidatorCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(EbuNames, FiftyOneKeysFromTheSharedTable)
 {
@@ -118,11 +114,6 @@ struct FontCase {
     int code;
 };
 
-void PrintTo(const FontCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class EbuFailedFont : public ::testing::TestWithParam<FontCase> {};
 
 TEST_P(EbuFailedFont, FirstFamilyDecides)
@@ -139,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(Ebu, EbuFailedFont,
                                            FontCase{"FailedSecond", "default,MyFont", ERR_NONE},
                                            FontCase{"CaseMatters", "myfont", ERR_NONE},
                                            FontCase{"Empty", "", ERR_IGNORE}),
-                         [](const ::testing::TestParamInfo<FontCase>& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 // Whole documents and their walk result.
 struct DocCase {
@@ -147,11 +138,6 @@ struct DocCase {
     std::string xml;
     int result;
 };
-
-void PrintTo(const DocCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class EbuDocument : public ::testing::TestWithParam<DocCase> {};
 
@@ -189,7 +175,7 @@ INSTANTIATE_TEST_SUITE_P(
         // A refused root only loses its own attributes (regions: see below).
         DocCase{"PixelExtentOnRoot", Doc(Para("x"), "", WalkTest::kRegion, "tts:extent=\"640px 480px\""),
                 ERR_NONE}),
-    [](const ::testing::TestParamInfo<DocCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(EbuDocumentDetail, RefusedRegionIsNotRegistered)
 {
@@ -247,11 +233,6 @@ struct EmptyParaCase {
     bool warned;
 };
 
-void PrintTo(const EmptyParaCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class EbuEmptyParagraph : public ::testing::TestWithParam<EmptyParaCase> {};
 
 TEST_P(EbuEmptyParagraph, YieldsAnEmptySpan)
@@ -285,6 +266,6 @@ INSTANTIATE_TEST_SUITE_P(
                       0, false},
         EmptyParaCase{"MissingBegin", "end=\"00:00:02.000\"", 0, true},
         EmptyParaCase{"OffsetEndDropped", "begin=\"00:00:01.000\" end=\"2s\"", 0, true}),
-    [](const ::testing::TestParamInfo<EmptyParaCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace

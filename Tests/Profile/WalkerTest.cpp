@@ -2,7 +2,8 @@
 // precedence, references, text handling, parent links and failure spread.
 
 #include "LogCapture.h"
-#include "WalkTestUtil.h"
+#include "ProfileWalk.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -79,11 +80,6 @@ struct PrecedenceCase {
     bool unknownReference;
 };
 
-void PrintTo(const PrecedenceCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Precedence : public ::testing::TestWithParam<PrecedenceCase> {};
 
 TEST_P(Precedence, TextTakesTheWinningColour)
@@ -149,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
                        "<div region=\"r1\"><p tts:color=\"#aaaaaa\" begin=\"00:00:01.000\" end=\"00:00:02.000\">"
                        "<span tts:color=\"#dddddd\">x</span></p></div>",
                        "#dddddd", false}),
-    [](const ::testing::TestParamInfo<PrecedenceCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(WalkerBody, InheritsOnlyLangAndSpaceFromTheRoot)
 {
@@ -193,11 +189,6 @@ struct BackgroundCase {
     const char* textParaBg;
 };
 
-void PrintTo(const BackgroundCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Background : public ::testing::TestWithParam<BackgroundCase> {};
 
 TEST_P(Background, IsRenamedByWhereItIsSet)
@@ -230,18 +221,13 @@ INSTANTIATE_TEST_SUITE_P(
                        "#00000000", "#0000ffff"},
         BackgroundCase{"Both", "", "<region xml:id=\"r1\" tts:backgroundColor=\"#ff0000ff\"/>",
                        "tts:backgroundColor=\"#0000ffff\"", "#ff0000ff", "#ff0000ff", "#0000ffff"}),
-    [](const ::testing::TestParamInfo<BackgroundCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 struct WhiteSpaceCase {
     const char* name;
     const char* in;
     const char* out;
 };
-
-void PrintTo(const WhiteSpaceCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class WhiteSpace : public ::testing::TestWithParam<WhiteSpaceCase> {};
 
@@ -267,7 +253,7 @@ INSTANTIATE_TEST_SUITE_P(
                       WhiteSpaceCase{"TwoSpacesOnly", "  ", ""},
                       WhiteSpaceCase{"UnicodeKept", "na\xc3\xafve  caf\xc3\xa9", "na\xc3\xafve caf\xc3\xa9"},
                       WhiteSpaceCase{"Empty", "", ""}),
-    [](const ::testing::TestParamInfo<WhiteSpaceCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(WalkerText, SpaceDecidesNormalisingAndEscapesStay)
 {
@@ -285,11 +271,6 @@ struct EmptySpanCase {
     bool timed;
     bool warned;
 };
-
-void PrintTo(const EmptySpanCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class EmptySpan : public ::testing::TestWithParam<EmptySpanCase> {};
 
@@ -313,7 +294,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(EmptySpanCase{"DefaultAlways", "", true, false},
                       EmptySpanCase{"Always", "tts:showBackground=\"always\"", true, false},
                       EmptySpanCase{"WhenActive", "tts:showBackground=\"whenActive\"", false, true}),
-    [](const ::testing::TestParamInfo<EmptySpanCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(WalkerText, LineBreakIsALineFeedWithItsParagraphTimes)
 {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "CMediaClock.h"
+#include "RowPrinter.h"
 
 using TTML::CMediaClock;
 
@@ -24,11 +25,6 @@ struct ClockCase {
     const char* name;
     std::vector<Step> steps;
 };
-
-void PrintTo(const ClockCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class MediaClockTest : public ::testing::TestWithParam<ClockCase> {};
 
@@ -93,6 +89,6 @@ const ClockCase kClockCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Scenarios, MediaClockTest, ::testing::ValuesIn(kClockCases),
-                         [](const ::testing::TestParamInfo<ClockCase>& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 }  // namespace

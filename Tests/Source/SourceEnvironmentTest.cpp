@@ -10,6 +10,7 @@
 #include "CSourceHolder.h"
 #include "CTTMLSource.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 using namespace TTML;
 
@@ -47,11 +48,6 @@ struct EnvCase {
     const char* common;
     int mode;               // expected subtitle mode; -1: no feed
 };
-
-void PrintTo(const EnvCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class SourceEnvironmentLookup : public SourceEnvironment, public ::testing::WithParamInterface<EnvCase> {};
 
@@ -112,7 +108,7 @@ const EnvCase kEnvCases[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Variables, SourceEnvironmentLookup, ::testing::ValuesIn(kEnvCases),
-                         [](const ::testing::TestParamInfo<EnvCase>& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 TEST_F(SourceEnvironment, InstalledSourceWinsOverTheEnvironmentAndStaysTheCallers)
 {

@@ -8,6 +8,7 @@
 #include "CSubSampleImageUtil.h"
 #include "ITTMLSource.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 using namespace TTML;
 
@@ -146,11 +147,6 @@ struct BadLine {
     std::string message;  // expected after "Feed bad.feed:3: "
 };
 
-void PrintTo(const BadLine& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class SourceFeedBadLineTest : public ::testing::TestWithParam<BadLine> {};
 
 TEST_P(SourceFeedBadLineTest, IsRefusedWithFileAndLine)
@@ -194,6 +190,6 @@ const BadLine kBadLines[] = {
 };
 
 INSTANTIATE_TEST_SUITE_P(Lines, SourceFeedBadLineTest, ::testing::ValuesIn(kBadLines),
-                         [](const ::testing::TestParamInfo<BadLine>& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 }  // namespace

@@ -3,6 +3,8 @@
 // TV service's video window (shared with the module) behind the subtitle.
 
 #include "CHeadlessCanvas.h"
+#include "RowPrinter.h"
+#include "ShellRun.h"
 #include "ToolRefusal.h"
 
 #include <Evas.h>
@@ -155,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(
                                "0:set:db/menu/caption/caption=1 0:set:memory/tv-viewer/infobanner/ttml=1 "
                                "0:set:db/menu/caption/captiondivisionmode=1",
                                {192, 767, 1728, 983}, 0x282828}),
-    [](const ::testing::TestParamInfo<HostCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 const std::string kHost = std::string("INTERTITLE_LOG=none ") + INTERTITLE_UG_HOST + " ";
 

@@ -1,5 +1,7 @@
 // The key store: defaults, refusals, atomic writes, and changes made by
 // another process reaching watchers on the main loop.
+#include "RowPrinter.h"
+#include "ShellRun.h"
 #include "ToolRefusal.h"
 
 #include <Ecore.h>
@@ -30,11 +32,6 @@ struct ReadCase {
     int expected;  // the value read; a failed read leaves the target as it was (-7)
 };
 
-void PrintTo(const ReadCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Read : public ::testing::TestWithParam<ReadCase> {};
 
 TEST_P(Read, GivesTheStoredOrSchemaValueOrFailsLeavingTheTarget)
@@ -60,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ReadCase{"Absolute", "/etc/passwd", false, VCONF_ERROR, -7},
                       ReadCase{"Parent", "test/../../x", false, VCONF_ERROR, -7},
                       ReadCase{"EmptyPart", "test//read/stored", false, VCONF_ERROR, -7}),
-    [](const auto& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(Vconf, WritesAreRefusedForBadKeysAndAgainstTheSchemaType)
 {
@@ -147,11 +144,6 @@ struct WatchCase {
     bool registerOffMainLoop;  // as the controller does, from the source thread
 };
 
-void PrintTo(const WatchCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class Watch : public ::testing::TestWithParam<WatchCase> {
 public:
     void SetUp() override
@@ -214,7 +206,7 @@ TEST_P(Watch, ChangesByAnotherProcessReachOnlyTheirCallbacksOnTheMainLoop)
 
 INSTANTIATE_TEST_SUITE_P(Vconf, Watch,
                          ::testing::Values(WatchCase{"FromTheMainLoop", false}, WatchCase{"FromAnotherThread", true}),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         TTMLTest::RowName());
 
 INSTANTIATE_TEST_SUITE_P(
     Vconftool, ToolRefusal,

@@ -4,6 +4,7 @@
 // documents declaring them are refused when read.
 
 #include "CXmlParser.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
@@ -24,11 +25,6 @@ struct ValueCase {
     bool found;
     const char* value;
 };
-
-void PrintTo(const ValueCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class XmlAttrValue : public ::testing::TestWithParam<ValueCase> {
 protected:
@@ -57,7 +53,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(ValueCase{"plain", true, "v"}, ValueCase{"refs", true, "<&A"},
                       // Attribute value normalisation turns the tab into a space.
                       ValueCase{"blanks", true, " a b "}, ValueCase{"absent", false, "old"}),
-    [](const ::testing::TestParamInfo<ValueCase>& i) { return std::string(i.param.name); });
+    TTMLTest::RowName());
 
 // A value node whose text was replaced or removed after the read is still
 // looked up as libxml2 does.

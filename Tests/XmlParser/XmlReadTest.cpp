@@ -3,6 +3,7 @@
 
 #include "CXmlParser.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -83,11 +84,6 @@ struct EncodingCase {
     bool accepted;  // a document is read
 };
 
-void PrintTo(const EncodingCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class XmlEncoding : public ::testing::TestWithParam<EncodingCase> {};
 
 // Only UTF-8 and UTF-16 may reach libxml2; whatever is refused must leave the
@@ -124,7 +120,7 @@ INSTANTIATE_TEST_SUITE_P(
                       EncodingCase{"Ebcdic", std::string("\x4C\x6F\xA7\x94\x93\x40", 6), 6, false},
                       EncodingCase{"Ucs4Unusual2143", std::string("\0\0<\0\0\0t\0", 8), 7, false},
                       EncodingCase{"Ucs4Unusual3412", std::string("\0<\0\0\0t\0\0", 8), 8, false}),
-    [](const ::testing::TestParamInfo<EncodingCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 TEST(XmlDeclaredEncoding, Latin1IsConvertedAndReported)
 {
@@ -146,11 +142,6 @@ struct BadInputCase {
     int length;  // kWhole: the size of `bytes`
     bool nullData;
 };
-
-void PrintTo(const BadInputCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class XmlBadInput : public ::testing::TestWithParam<BadInputCase> {};
 
@@ -186,7 +177,7 @@ INSTANTIATE_TEST_SUITE_P(
                       BadInputCase{"LengthCutsTag", "<tt></tt>", 6, false},
                       BadInputCase{"OddUtf16Length", Utf16("<tt/>", false, true).substr(0, 7), kWhole, false},
                       BadInputCase{"BinaryNoise", std::string("\x01\x02\x00\x7F<\x80", 6), kWhole, false}),
-    [](const ::testing::TestParamInfo<BadInputCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // libxml2 writes its messages to standard error unless told otherwise; here
 // they must arrive as warnings of our own log instead.

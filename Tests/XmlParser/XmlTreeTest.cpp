@@ -3,6 +3,7 @@
 
 #include "CXmlParser.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -112,11 +113,6 @@ struct ChildCase {
     const char* expected;  // local name of the match, or null for none
 };
 
-void PrintTo(const ChildCase& c, std::ostream* os)
-{
-    *os << '"' << c.name << '"';
-}
-
 class XmlChildByName : public XmlTree, public ::testing::WithParamInterface<ChildCase> {};
 
 const char kHeadDoc[] = "<tt:tt xmlns:tt=\"http://www.w3.org/ns/ttml\" "
@@ -165,11 +161,6 @@ struct ContentCase {
     std::string expected;
 };
 
-void PrintTo(const ContentCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
-
 class XmlContent : public XmlTree, public ::testing::WithParamInterface<ContentCase> {};
 
 // The text goes on into markup, so the special characters must come back
@@ -205,7 +196,7 @@ INSTANTIATE_TEST_SUITE_P(
         ContentCase{"EmptyElement", "<p/>", false, ""},
         ContentCase{"WhitespaceInsideText", "<p>  two  words </p>", false, "  two  words "},
         ContentCase{"PreservedBlankText", "<p xml:space=\"preserve\"> </p>", false, " "}),
-    [](const ::testing::TestParamInfo<ContentCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 // --- Attributes ------------------------------------------------------------
 
@@ -236,11 +227,6 @@ struct LookupCase {
     bool found;
     const char* value;  // expected value; for absent ones the untouched old value
 };
-
-void PrintTo(const LookupCase& c, std::ostream* os)
-{
-    *os << '"' << c.name << '"';
-}
 
 class XmlAttrLookup : public XmlTree, public ::testing::WithParamInterface<LookupCase> {};
 
@@ -285,11 +271,6 @@ struct NullCase {
     std::function<bool(CXmlParser&)> isEmptyResult;
     const char* warning;  // null: nothing is logged
 };
-
-void PrintTo(const NullCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class XmlNullArgument : public ::testing::TestWithParam<NullCase> {};
 
@@ -342,6 +323,6 @@ INSTANTIATE_TEST_SUITE_P(
                             r.GetNodeName(nullptr).empty();
                  },
                  nullptr}),
-    [](const ::testing::TestParamInfo<NullCase>& info) { return std::string(info.param.name); });
+    TTMLTest::RowName());
 
 }  // namespace

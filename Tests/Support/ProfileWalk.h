@@ -1,7 +1,8 @@
-#ifndef INTERTITLE_TESTS_WALKTESTUTIL_H
-#define INTERTITLE_TESTS_WALKTESTUTIL_H
+#ifndef INTERTITLE_TESTS_PROFILEWALK_H
+#define INTERTITLE_TESTS_PROFILEWALK_H
 
 #include "CEBUProfile.h"
+#include "CIMSCProfile.h"
 #include "CStyleRegionInfo.h"
 #include "CSubtitleInfo.h"
 #include "CXmlParser.h"
@@ -14,12 +15,14 @@
 
 namespace WalkTest {
 
-// Exposes the registries and the text normalisation for inspection.
-class TestProfile : public TTML::CEBUProfile {
+// Exposes a profile's registries and text normalisation for inspection.
+template <typename Base>
+class Exposed : public Base {
 public:
-    TTML::CStyleRegionInfo* Registry() { return t_pStyleRegionInfo; }
+    TTML::CStyleRegionInfo* Registry() { return this->t_pStyleRegionInfo; }
     using TTML::CProfile::t_RemoveExtraWhiteSpace;
 };
+using TestProfile = Exposed<TTML::CEBUProfile>;
 
 constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
 
@@ -44,7 +47,8 @@ inline std::string Para(const std::string& inner, const std::string& attrs = "")
 }
 
 // Walks `xml` with an initialised `profile`, then resets it for the next document.
-inline int WalkAndReset(TestProfile& profile, const std::string& xml)
+template <typename Profile>
+inline int WalkAndReset(Profile& profile, const std::string& xml)
 {
     TTML::CXmlParser reader;
     TTML::CSubtitleInfo info;
@@ -63,15 +67,16 @@ struct Timed {
     TTML::CElementSPTR element;
 };
 
-// One EBU-TT-D walk of `xml`. The profile is reset only on destruction so
-// that its registries can still be inspected.
-class Walk {
+// One walk of `xml` by `Profile` as profile number `kNumber`. The profile is
+// reset only on destruction so that its registries can still be inspected.
+template <typename Profile, int kNumber>
+class ProfileWalk {
 public:
-    explicit Walk(const std::string& xml, unsigned long long segmentStart = 0, unsigned long long segmentEnd = 0,
-                  const std::list<std::string>& failedFonts = {})
+    explicit ProfileWalk(const std::string& xml, unsigned long long segmentStart = 0,
+                         unsigned long long segmentEnd = 0, const std::list<std::string>& failedFonts = {})
     {
         EXPECT_TRUE(profile.Initialize());
-        profile.SetProfile(2);
+        profile.SetProfile(kNumber);
         if (!failedFonts.empty())
             profile.OnErrorDownloadableFonts(failedFonts);
         EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
@@ -81,7 +86,7 @@ public:
         data.pSubtitleInfo = &info;
         result = profile.ProcessSubtitles(&data);
     }
-    ~Walk()
+    ~ProfileWalk()
     {
         profile.Reset();
         profile.Destroy();
@@ -125,11 +130,13 @@ public:
         return nullptr;
     }
 
-    TestProfile profile;
+    Exposed<Profile> profile;
     TTML::CXmlParser reader;
     TTML::CSubtitleInfo info;
     int result = -1;
 };
+using Walk = ProfileWalk<TTML::CEBUProfile, 2>;
+using ImscWalk = ProfileWalk<TTML::CIMSCProfile, 0>;
 
 // The attribute's value, or "<absent>".
 inline std::string Attr(const TTML::CElementSPTR& element, int attr)
