@@ -21,9 +21,14 @@ int CElementHandler::ToElemEnum(const std::string& name) const
         TTML_WARN("Empty string");
         return ELEM_UNKNOWN;
     }
-    std::string key = name;
-    StrToLower(key);
-    auto it = m_elemMap.find(key);
+    // Documents nearly always use the table's own spelling; fold only when
+    // the name as written is not found.
+    auto it = m_elemMap.find(name);
+    if (it == m_elemMap.end()) {
+        std::string key = name;
+        StrToLower(key);
+        it = m_elemMap.find(key);
+    }
     if (it == m_elemMap.end()) {
         TTML_WARN("No matching element found: %s", name.c_str());
         return ELEM_UNKNOWN;
