@@ -123,6 +123,18 @@ protected:
     // spaces and trims, unless the text has none of them to collapse.
     static void t_RemoveExtraWhiteSpace(std::string& text);
 
+    // A begin or end as the last t_ParseAttributes checked it: the attribute
+    // node, the validator's code and the value it left. Lets a profile that
+    // offsets times reuse the check instead of repeating it.
+    struct TCheckedTime {
+        XMLATTRPTR attr = nullptr;
+        int code = 0;
+        std::string value;
+    };
+    // The entry for a simple (single text) begin or end attribute of node, or
+    // null when the last t_ParseAttributes did not check that attribute.
+    const TCheckedTime* t_FindCheckedTime(XMLNODEPTR node, TTMLAttr attr) const;
+
     CAttrHandler* t_pAttrHandler = nullptr;        // owned; created by the subclass
     CElementHandler* t_pElementHandler = nullptr;  // owned
     IXmlParser* t_pXmlParser = nullptr;            // current reader, not owned
@@ -131,6 +143,8 @@ protected:
     CSubtitleInfo* t_pSubtitleInfo = nullptr;      // current document, not owned
 
 private:
+    TCheckedTime m_checkedTimes[2];  // begin, end
+
     // Counts one nesting level for the lifetime of a scope.
     class DepthGuard;
 

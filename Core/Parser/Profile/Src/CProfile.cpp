@@ -283,6 +283,8 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
     if (node->type != XML_ELEMENT_NODE)
         return ERR_NONE;
 
+    m_checkedTimes[0].attr = nullptr;
+    m_checkedTimes[1].attr = nullptr;
     std::string name;
     std::string value;
     for (XMLATTRPTR attr = t_pXmlParser->GetAttributeList(node); attr; attr = t_pXmlParser->GetNextAttr(attr)) {
@@ -294,6 +296,12 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
         if (number < 0 || number >= TTML_ATTR_COUNT)
             continue;
         int code = t_pAttrHandler->ValidateAttribute(static_cast<TTMLAttr>(number), value);
+        if (number == ATTR_BEGIN || number == ATTR_END) {
+            TCheckedTime& checked = m_checkedTimes[number == ATTR_END];
+            checked.attr = attr;
+            checked.code = code;
+            checked.value = value;
+        }
         switch (code) {
         case ERR_NONE:
             element->AddAttrValue(number, value);
@@ -309,6 +317,22 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
         }
     }
     return ERR_NONE;
+}
+
+const CProfile::TCheckedTime* CProfile::t_FindCheckedTime(XMLNODEPTR node, TTMLAttr attr) const
+{
+    if (attr != ATTR_BEGIN && attr != ATTR_END)
+        return nullptr;
+    const TCheckedTime& checked = m_checkedTimes[attr == ATTR_END];
+    if (!node || !checked.attr)
+        return nullptr;
+    // Only the attribute a lookup by name finds, and only when it is one text
+    // run, reads the same through either accessor of the reader.
+    const xmlAttrPtr prop = xmlHasProp(node, reinterpret_cast<const xmlChar*>(kTTMLAttrKeys[attr]));
+    if (prop != checked.attr || prop->type != XML_ATTRIBUTE_NODE || !prop->children || prop->children->next ||
+        prop->children->type != XML_TEXT_NODE || !prop->children->content)
+        return nullptr;
+    return &checked;
 }
 
 int CProfile::t_HandleTTElement(XMLNODEPTR node, CElementSPTR& element)

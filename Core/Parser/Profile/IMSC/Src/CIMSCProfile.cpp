@@ -330,10 +330,17 @@ int CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, C
     for (const Key& key : kKeys) {
         std::string name(kTTMLAttrKeys[key.attr]);
         std::string value;
-        if (!t_pXmlParser->GetAttrValue(node, name, value))
-            continue;
-        if (t_pAttrHandler->ValidateAttribute(key.attr, value) != ERR_NONE)
-            continue;
+        // Usually the attribute pass has just checked this very value.
+        if (const TCheckedTime* checked = t_FindCheckedTime(node, key.attr)) {
+            if (checked->code != ERR_NONE)
+                continue;
+            value = checked->value;
+        } else {
+            if (!t_pXmlParser->GetAttrValue(node, name, value))
+                continue;
+            if (t_pAttrHandler->ValidateAttribute(key.attr, value) != ERR_NONE)
+                continue;
+        }
         TTML_INFO(key.format, parent->GetType(), offset, element->GetType(), value.c_str());
         const unsigned long long own = ToMs(value);
         if (AddMs(offset, own) == std::numeric_limits<unsigned long long>::max()) {
