@@ -149,7 +149,7 @@ private:
     class DepthGuard;
 
     // False, with a warning naming the limit, when the document under root
-    // (documentBytes long; 0 when unknown) has more regions, styles or
+    // (documentBytes long, as the reader read it) has more regions, styles or
     // elements and text runs than TTMLLimits.h allows.
     bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes);
 

@@ -141,7 +141,7 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     if (!root) {
         TTML_WARN("Root element not found");
         result = ERR_INVALID;
-    } else if (!m_IsWithinLimits(root, data->pSubRawData ? data->pSubRawData->xmlData.size() : 0)) {
+    } else if (!m_IsWithinLimits(root, t_pXmlParser->GetDocumentBytes())) {
         result = ERR_INVALID;
     } else {
         CElementSPTR noParent;

@@ -32,6 +32,7 @@ public:
 
     bool ReadFile(std::string path) override;
     bool ReadMemory(const char* data, int length) override;
+    size_t GetDocumentBytes() override;
     void Dump() override;
     std::string GetEncoding() override;
 
@@ -61,6 +62,7 @@ private:
     bool m_RefuseDeclarations();
 
     xmlDocPtr m_xmlDoc;
+    size_t m_documentBytes = 0;
 };
 
 }  // namespace TTML

@@ -3,6 +3,7 @@
 
 #include <libxml/tree.h>
 
+#include <cstddef>
 #include <string>
 
 namespace TTML {
@@ -25,6 +26,9 @@ public:
     // mark; other encodings are refused). The reader must be empty (fatal
     // otherwise). The bytes are not kept after the call.
     virtual bool ReadMemory(const char* data, int length) = 0;
+    // Bytes of the document read last (file or memory); 0 when empty. Limits
+    // that scale with a document's size read it here, whatever the source.
+    virtual size_t GetDocumentBytes() = 0;
     // Writes the document to standard output (debugging).
     virtual void Dump() = 0;
     // Encoding named in the XML declaration; empty when none was declared.

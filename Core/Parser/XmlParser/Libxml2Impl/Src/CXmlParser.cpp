@@ -237,6 +237,7 @@ bool CXmlParser::ReadFile(std::string path)
     CXmlErrorRoute route;
     m_xmlDoc = xmlReadFile(path.c_str(), nullptr, kFileReadOptions);
     m_RefuseDeclarations();
+    m_documentBytes = m_xmlDoc ? static_cast<size_t>(info.st_size) : 0;
     return m_xmlDoc != nullptr;
 }
 
@@ -261,7 +262,13 @@ bool CXmlParser::ReadMemory(const char* data, int length)
         m_RefuseDeclarations();
     }
     TTML_INFO("XmlCharEncoding is: [%d] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE", encoding);
+    m_documentBytes = m_xmlDoc ? static_cast<size_t>(length) : 0;
     return m_xmlDoc != nullptr;
+}
+
+size_t CXmlParser::GetDocumentBytes()
+{
+    return m_documentBytes;
 }
 
 void CXmlParser::Dump()
@@ -436,6 +443,7 @@ void CXmlParser::Reset()
     } else {
         TTML_WARN("m_xmlDoc is NULL");
     }
+    m_documentBytes = 0;
     // A document can take megabytes; give them back before the next one.
     malloc_trim(0);
 }
