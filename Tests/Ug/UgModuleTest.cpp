@@ -13,8 +13,10 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <ui-gadget-module.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <string>
@@ -176,13 +178,15 @@ TEST_P(UgSourceChoice, FollowsTheSetsCapabilities)
         setenv("SYSTEM_INFO_KEY_604", c.atsc3, 1);
     if (c.dtvType)
         setenv("SYSTEM_INFO_KEY_333", c.dtvType, 1);
-    const std::string file = ::testing::TempDir() + "system-info";
+    // One file per process: ctest runs rows side by side.
+    const std::string file = ::testing::TempDir() + "system-info-" + std::to_string(getpid());
     if (c.file) {
         std::ofstream(file) << c.file;
         setenv("SYSTEM_INFO_FILE", file.c_str(), 1);
     }
     Start();
     unsetenv("SYSTEM_INFO_FILE");
+    std::remove(file.c_str());
     EXPECT_EQ(c.feedLine ? 1 : 0, m_log.CountContaining("source feed: "));
     if (c.feedLine) {
         EXPECT_EQ(1, m_log.Count(c.feedLine + kSample)) << m_log.Dump();
