@@ -148,12 +148,12 @@ BENCHMARK_CAPTURE(BM_FullParse, imsc, "imsc")->Apply(Sizes);
 
 // --peak=MODE,KIND,PARAGRAPHS: parse once, free everything, print the
 // resident high-water mark. Returns the exit status.
-int MeasurePeak(const char* spec)
+int MeasurePeak(const char* request)
 {
     char mode[8] = {};
     char kind[8] = {};
     int paragraphs = 0;
-    if (std::sscanf(spec, "%7[a-z],%7[a-z],%d", mode, kind, &paragraphs) != 3 ||
+    if (std::sscanf(request, "%7[a-z],%7[a-z],%d", mode, kind, &paragraphs) != 3 ||
         (std::strcmp(mode, "full") != 0 && std::strcmp(mode, "bare") != 0) ||
         (std::strcmp(kind, "ebu") != 0 && std::strcmp(kind, "imsc") != 0)) {
         std::fprintf(stderr, "parse_bench: --peak=full|bare,ebu|imsc,PARAGRAPHS\n");
