@@ -1,6 +1,7 @@
 #include "CMainThreadUtils.h"
 #include "LogCapture.h"
 #include "MainLoopFixture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -48,65 +49,45 @@ struct Call {
     }
 };
 
-TEST_F(MainThreadUtilsTest, SyncFromAWorkerRunsOnTheMainLoopAndReturnsTheResult)
-{
-    Call call;
-    void* result = nullptr;
-    bool ran = false;
-    std::thread worker([&] {
-        result = m_pUtils->RunEflSafeCallFunctionSync("test", Call::Fn, &call, &ran);
-        QuitFromAnyThread();
-    });
-    EXPECT_TRUE(RunLoop());
-    worker.join();
-    EXPECT_EQ(&call, result);
-    EXPECT_TRUE(ran);
-    EXPECT_EQ(1, call.runs.load());
-    EXPECT_EQ(m_mainThread, call.thread);
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
-}
-
-TEST_F(MainThreadUtilsTest, SyncOnTheMainLoopRunsDirectly)
+TEST_F(MainThreadUtilsTest, OnTheMainLoopSyncRunsDirectlyAndAsyncLater)
 {
     Call call;
     bool ran = false;
     // Before the loop runs: queuing would wait for ourselves forever.
     EXPECT_EQ(&call, m_pUtils->RunEflSafeCallFunctionSync("direct", Call::Fn, &call, &ran));
     EXPECT_TRUE(ran);
-    // And from inside a function the service itself is running.
+    // And from inside a function the service itself is running; an async
+    // call made there runs after it, not inside it.
     struct Nested {
         CMainThreadUtils* pUtils = nullptr;
-        Call inner;
+        Call inner, later;
         void* innerResult = nullptr;
+        int laterRunsInside = -1;
     } nested;
     nested.pUtils = m_pUtils;
     ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED,
               m_pUtils->RunEflSafeCallFunctionAsync("outer", [](void* d) -> void* {
                   Nested* n = static_cast<Nested*>(d);
                   n->innerResult = n->pUtils->RunEflSafeCallFunctionSync("inner", Call::Fn, &n->inner);
-                  ecore_main_loop_quit();
+                  n->pUtils->RunEflSafeCallFunctionAsync("later", [](void* l) -> void* {
+                      Call::Fn(l);
+                      ecore_main_loop_quit();
+                      return nullptr;
+                  }, &n->later);
+                  n->laterRunsInside = n->later.runs;
                   return nullptr;
               }, &nested));
     EXPECT_TRUE(RunLoop());
     EXPECT_EQ(&nested.inner, nested.innerResult);
     EXPECT_EQ(m_mainThread, nested.inner.thread);
-}
-
-TEST_F(MainThreadUtilsTest, AsyncOnTheMainLoopRunsLaterNotInsideTheCaller)
-{
-    Call call;
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("later", Call::Fn, &call));
-    EXPECT_EQ(0, call.runs.load());
-    EXPECT_EQ(1u, m_pUtils->GetPendingCount());
-    auto quit = [] { Quit(); };
-    After(0.05, &quit);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(1, call.runs.load());
+    EXPECT_EQ(0, nested.laterRunsInside);
+    EXPECT_EQ(1, nested.later.runs.load());
     EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 }
 
-// Several workers mixing both kinds: each worker's calls run in its order,
-// every synchronous caller gets its own result, nothing is left pending.
+// Several workers mixing both kinds: each worker's calls run on the main
+// loop in its order, every synchronous caller gets its own result, nothing
+// is left pending.
 TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
 {
     const int kWorkers = 4, kCalls = 200;
@@ -123,7 +104,7 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
             items[w].push_back(Item{&seen[w], i});
     auto record = [](void* d) -> void* {
         Item* it = static_cast<Item*>(d);
-        it->pSeen->push_back(it->value);
+        it->pSeen->push_back(eina_main_loop_is() ? it->value : -1);
         return d;
     };
     std::vector<std::thread> workers;
@@ -164,14 +145,9 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
 enum ReleaseBy { BY_STOP_STATE, BY_STOP_STATE_AND_STOP, BY_RELEASE_OF_THE_SERVICE };
 
 struct ReleaseCase {
-    ReleaseBy by;
     const char* name;
+    ReleaseBy by;
 };
-
-void PrintTo(const ReleaseCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class BlockedCaller : public MainThreadUtilsTest, public ::testing::WithParamInterface<ReleaseCase> {};
 
@@ -245,40 +221,67 @@ TEST_P(BlockedCaller, IsReleasedWithoutRunningItsFunction)
 
 INSTANTIATE_TEST_SUITE_P(
     Release, BlockedCaller,
-    ::testing::Values(ReleaseCase{BY_STOP_STATE, "SetStop"}, ReleaseCase{BY_STOP_STATE_AND_STOP, "SetStopAndStop"},
-                      ReleaseCase{BY_RELEASE_OF_THE_SERVICE, "GraphicsDestroy"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ::testing::Values(ReleaseCase{"SetStop", BY_STOP_STATE}, ReleaseCase{"SetStopAndStop", BY_STOP_STATE_AND_STOP},
+                      ReleaseCase{"GraphicsDestroy", BY_RELEASE_OF_THE_SERVICE}),
+    TTMLTest::RowName());
 
-TEST_F(MainThreadUtilsTest, InStopStateNewCallsDoNotRunAndAsyncOnesAreRefused)
+// Queued calls wait through the stop state and run in order after it; new
+// ones do not run meanwhile.
+TEST_F(MainThreadUtilsTest, StopStateHoldsQueuedCallsAndRefusesNewOnes)
 {
     LogCapture log;
-    Call call;
+    std::vector<int> order;
+    struct Item {
+        std::vector<int>* pOrder;
+        int value;
+    } items[2] = {{&order, 1}, {&order, 2}};
+    for (Item& it : items)
+        m_pUtils->RunEflSafeCallFunctionAsync("queued", [](void* d) -> void* {
+            Item* item = static_cast<Item*>(d);
+            item->pOrder->push_back(item->value);
+            if (item->value == 2)
+                ecore_main_loop_quit();
+            return nullptr;
+        }, &it);
     m_pUtils->SetStop(true);
     EXPECT_TRUE(m_pUtils->IsStopped());
+    Call call;
     bool ran = true;
     EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("main", Call::Fn, &call, &ran));
     EXPECT_FALSE(ran);
     void* workerResult = &call;
     int asyncResult = -1;
-    std::thread worker([&] {
+    std::thread([&] {
         workerResult = m_pUtils->RunEflSafeCallFunctionSync("worker", Call::Fn, &call);
         asyncResult = m_pUtils->RunEflSafeCallFunctionAsync("worker-async", Call::Fn, &call);
-    });
-    worker.join();  // returns without any main loop running
+    }).join();  // returns without any main loop running
     EXPECT_EQ(nullptr, workerResult);
     EXPECT_EQ(CMainThreadUtils::ASYNC_STOPPED, asyncResult);
     EXPECT_TRUE(log.Has("worker-async: refused in stop state", DLOG_WARN)) << log.Dump();
-    EXPECT_EQ(0, call.runs.load());
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
+    EXPECT_EQ(2u, m_pUtils->GetPendingCount());
 
-    // Leaving the stop state makes the service usable again.
-    m_pUtils->SetStop(false);
+    auto leave = [&] {
+        EXPECT_TRUE(order.empty()) << "ran during the stop state";
+        m_pUtils->SetStop(false);
+    };
+    After(0.1, &leave);
+    EXPECT_TRUE(RunLoop());
+    EXPECT_EQ((std::vector<int>{1, 2}), order);
+    EXPECT_EQ(0, call.runs.load());
     EXPECT_EQ(&call, m_pUtils->RunEflSafeCallFunctionSync("main", Call::Fn, &call, &ran));
     EXPECT_TRUE(ran);
 }
 
 TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
 {
+    LogCapture log;
+    bool ran = true;
+    EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("nofn", nullptr, nullptr, &ran));
+    EXPECT_FALSE(ran);
+    EXPECT_EQ(CMainThreadUtils::ASYNC_INVALID, m_pUtils->RunEflSafeCallFunctionAsync("nofn", nullptr, nullptr));
+    EXPECT_EQ(2, log.Count("nofn: fn is null", DLOG_WARN));
+    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
+
     Call calls[5];
     static int dropped;
     dropped = 0;
@@ -298,43 +301,6 @@ TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
     for (Call& c : calls)
         EXPECT_EQ(0, c.runs.load());
     EXPECT_EQ(1, later.runs.load());
-}
-
-TEST_F(MainThreadUtilsTest, AsyncCallsQueuedBeforeTheStopStateWaitAndRunAfterIt)
-{
-    std::vector<int> order;
-    struct Item {
-        std::vector<int>* pOrder;
-        int value;
-    } items[3] = {{&order, 1}, {&order, 2}, {&order, 3}};
-    auto fn = [](void* d) -> void* {
-        Item* it = static_cast<Item*>(d);
-        it->pOrder->push_back(it->value);
-        if (it->value == 3)
-            ecore_main_loop_quit();
-        return nullptr;
-    };
-    for (Item& it : items)
-        m_pUtils->RunEflSafeCallFunctionAsync("queued", fn, &it);
-    m_pUtils->SetStop(true);
-    auto leave = [&] {
-        EXPECT_TRUE(order.empty()) << "ran during the stop state";
-        m_pUtils->SetStop(false);
-    };
-    After(0.1, &leave);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<int>{1, 2, 3}), order);
-}
-
-TEST_F(MainThreadUtilsTest, NullFunctionIsRefused)
-{
-    LogCapture log;
-    bool ran = true;
-    EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("nofn", nullptr, nullptr, &ran));
-    EXPECT_FALSE(ran);
-    EXPECT_EQ(CMainThreadUtils::ASYNC_INVALID, m_pUtils->RunEflSafeCallFunctionAsync("nofn", nullptr, nullptr));
-    EXPECT_EQ(2, log.Count("nofn: fn is null", DLOG_WARN));
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 }
 
 }  // namespace
