@@ -1,37 +1,26 @@
 #ifndef INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
 #define INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
 
-#include "CHeadlessCanvas.h"
-#include "IGraphics.h"
+#include "../Graphics/MainLoopFixture.h"
+
 #include "IRootContainer.h"
 #include "ITextContext.h"
 #include "ITextSurface.h"
 #include "PixelBox.h"
 #include "TTMLAttr.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
 #include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
-// A 1920x1080 headless canvas with the graphics object over its base layout;
-// the test thread is the main loop thread. Pixels are read straight from the
-// rendered buffer (premultiplied 0xAARRGGBB).
-class DrawingTest : public ::testing::Test {
+// Surfaces and paragraphs of the graphics object on the 1920x1080 headless
+// canvas, given back after the test; the test thread is the main loop
+// thread. Pixels are read from the rendered buffer (premultiplied 0xAARRGGBB).
+class DrawingTest : public MainLoopTest {
 public:
     typedef PixelBox Box;
     typedef std::function<bool(unsigned int)> Match;
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_canvas.Initialize(1920, 1080));
-        m_pGraphics = TTML::IGraphics::Create();
-        ASSERT_NE(nullptr, m_pGraphics);
-        ASSERT_TRUE(m_pGraphics->Initialize(m_canvas.GetBaseLayout()));
-    }
 
     void TearDown() override
     {
@@ -43,8 +32,7 @@ public:
             pSurface->Deinitialize();
             m_pGraphics->DestroyObject(pSurface);
         }
-        m_pGraphics->Destroy();
-        m_canvas.Destroy();
+        MainLoopTest::TearDown();
     }
 
     TTML::IRootContainer* Root() { return m_pGraphics->GetRootContainer(); }
@@ -83,33 +71,37 @@ public:
                 {TTML::ATTR_FONTFAMILY, "proportionalSansSerif"}};
     }
 
-    // Formats and styles one run the way the renderer does.
+    // Formats and styles one run the way the renderer does (a span
+    // background given as #rrggbb[aa]).
     static std::string AddRun(TTML::ITextContext* pContext, const std::map<int, std::string>& attrs,
                               TTML::TextOutline* pOutline = nullptr)
     {
-        std::string markup = pContext->FormatText(attrs);
         TTML::ITextContext::Colours colours;
+        unsigned r, g, b, a = 255;
         auto it = attrs.find(TTML::ATTR_BACKGROUNDCOLOR);
-        if (it != attrs.end()) {
-            unsigned r, g, b, a = 255;
-            if (sscanf(it->second.c_str(), "#%2x%2x%2x%2x", &r, &g, &b, &a) >= 3) {
-                colours.first.red = r * 257;
-                colours.first.green = g * 257;
-                colours.first.blue = b * 257;
-                colours.first.alpha = a * 257;
-            }
+        if (it != attrs.end() && sscanf(it->second.c_str(), "#%2x%2x%2x%2x", &r, &g, &b, &a) >= 3) {
+            colours.first.red = r * 257;
+            colours.first.green = g * 257;
+            colours.first.blue = b * 257;
+            colours.first.alpha = a * 257;
         }
         TTML::TextOutline outline;
-        pContext->SetTextStyle(attrs.count(TTML::ATTR_TEXT) ? attrs.at(TTML::ATTR_TEXT) : "", false,
-                               &colours, pOutline ? pOutline : &outline);
+        const std::string markup = pContext->FormatText(attrs);
+        pContext->SetTextStyle(attrs.at(TTML::ATTR_TEXT), false, &colours, pOutline ? pOutline : &outline);
         return markup;
     }
 
-    const unsigned int* Pixels()
+    // Draws the paragraph (when given) into the surface and shows the
+    // surface over the root container.
+    void Show(TTML::ITextSurface* pSurface, TTML::ITextContext* pContext = nullptr)
     {
-        m_canvas.GetPixel(0, 0);  // renders
-        return static_cast<const unsigned int*>(ecore_evas_buffer_pixels_get(m_canvas.GetEcoreEvas()));
+        if (pContext)
+            pContext->RenderOn(pSurface);
+        pSurface->Attach(Root());
+        pSurface->Show();
     }
+
+    const unsigned int* Pixels() { return m_canvas.RenderPixels(); }
 
     // Bounding box of the pixels in [x, x+w) x [y, y+h) that match.
     Box Find(const Match& match, int x = 0, int y = 0, int w = 1920, int h = 1080)
@@ -131,14 +123,6 @@ public:
         return [](unsigned int p) { return (p >> 24) != 0; };
     }
 
-    void SaveGallery(const std::string& name)
-    {
-        mkdir("drawing-gallery", 0755);
-        EXPECT_TRUE(m_canvas.SavePng("drawing-gallery/" + name + ".png"));
-    }
-
-    TTML::CHeadlessCanvas m_canvas;
-    TTML::IGraphics* m_pGraphics = nullptr;
     std::vector<TTML::ITextSurface*> m_surfaces;
     std::vector<TTML::ITextContext*> m_contexts;
 };
