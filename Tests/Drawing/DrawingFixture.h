@@ -9,18 +9,16 @@
 #include "PixelBox.h"
 #include "TTMLAttr.h"
 
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
 // Surfaces and paragraphs of the graphics object on the 1920x1080 headless
 // canvas, given back after the test; the test thread is the main loop
-// thread. Pixels are read from the rendered buffer (premultiplied 0xAARRGGBB).
+// thread. Pixels are premultiplied 0xAARRGGBB.
 class DrawingTest : public MainLoopTest {
 public:
     typedef PixelBox Box;
-    typedef std::function<bool(unsigned int)> Match;
 
     void TearDown() override
     {
@@ -49,7 +47,8 @@ public:
         return pSurface;
     }
 
-    TTML::ITextContext* MakeContext(int w, double fontPx = 48)
+    // A paragraph 800 pixels wide with a 30-pixel font.
+    TTML::ITextContext* MakeContext()
     {
         auto* pContext = static_cast<TTML::ITextContext*>(m_pGraphics->CreateObject(1));
         EXPECT_NE(nullptr, pContext);
@@ -57,71 +56,19 @@ public:
             return nullptr;
         m_contexts.push_back(pContext);
         EXPECT_TRUE(pContext->Initialize());
-        pContext->SetWidth(w);
-        pContext->SetFontSize(fontPx);
-        pContext->SetTextAlign("center");
-        pContext->SetWrap(true);
+        pContext->SetWidth(800);
+        pContext->SetFontSize(30);
         return pContext;
     }
 
-    static std::map<int, std::string> Run(const std::string& text, const std::string& colour,
-                                          const std::string& size = "48px")
+    // Bounding box of the canvas pixels that match.
+    template <typename F>
+    Box Find(F match)
     {
-        return {{TTML::ATTR_TEXT, text}, {TTML::ATTR_COLOR, colour}, {TTML::ATTR_FONTSIZE, size},
-                {TTML::ATTR_FONTFAMILY, "proportionalSansSerif"}};
+        return PixelBox::Find(m_canvas.RenderPixels(), match, 0, 0, 1920, 1080);
     }
 
-    // Formats and styles one run the way the renderer does (a span
-    // background given as #rrggbb[aa]).
-    static std::string AddRun(TTML::ITextContext* pContext, const std::map<int, std::string>& attrs,
-                              TTML::TextOutline* pOutline = nullptr)
-    {
-        TTML::ITextContext::Colours colours;
-        unsigned r, g, b, a = 255;
-        auto it = attrs.find(TTML::ATTR_BACKGROUNDCOLOR);
-        if (it != attrs.end() && sscanf(it->second.c_str(), "#%2x%2x%2x%2x", &r, &g, &b, &a) >= 3) {
-            colours.first.red = r * 257;
-            colours.first.green = g * 257;
-            colours.first.blue = b * 257;
-            colours.first.alpha = a * 257;
-        }
-        TTML::TextOutline outline;
-        const std::string markup = pContext->FormatText(attrs);
-        pContext->SetTextStyle(attrs.at(TTML::ATTR_TEXT), false, &colours, pOutline ? pOutline : &outline);
-        return markup;
-    }
-
-    // Draws the paragraph (when given) into the surface and shows the
-    // surface over the root container.
-    void Show(TTML::ITextSurface* pSurface, TTML::ITextContext* pContext = nullptr)
-    {
-        if (pContext)
-            pContext->RenderOn(pSurface);
-        pSurface->Attach(Root());
-        pSurface->Show();
-    }
-
-    const unsigned int* Pixels() { return m_canvas.RenderPixels(); }
-
-    // Bounding box of the pixels in [x, x+w) x [y, y+h) that match.
-    Box Find(const Match& match, int x = 0, int y = 0, int w = 1920, int h = 1080)
-    {
-        return PixelBox::Find(Pixels(), match, x, y, w, h);
-    }
-
-    // Channels of a premultiplied pixel, each within tol of the given ones.
-    static Match Near(int a, int r, int g, int b, int tol = 12)
-    {
-        return [=](unsigned int p) {
-            int pa = p >> 24, pr = (p >> 16) & 0xff, pg = (p >> 8) & 0xff, pb = p & 0xff;
-            return abs(pa - a) <= tol && abs(pr - r) <= tol && abs(pg - g) <= tol && abs(pb - b) <= tol;
-        };
-    }
-    static Match Opaque(int r, int g, int b, int tol = 40) { return Near(255, r, g, b, tol); }
-    static Match AnyInk()
-    {
-        return [](unsigned int p) { return (p >> 24) != 0; };
-    }
+    static bool AnyInk(unsigned int p) { return (p >> 24) != 0; }
 
     std::vector<TTML::ITextSurface*> m_surfaces;
     std::vector<TTML::ITextContext*> m_contexts;

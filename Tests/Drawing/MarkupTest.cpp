@@ -60,7 +60,7 @@ class FontFamily : public ::testing::TestWithParam<FamilyCase> {};
 TEST_P(FormatText, OneRunOfMarkup)
 {
     const FormatCase& c = GetParam();
-    std::string markup = MakeContext(800, 30)->FormatText(c.attrs);
+    std::string markup = MakeContext()->FormatText(c.attrs);
     EXPECT_EQ(0u, markup.find("<font='")) << markup;
     EXPECT_EQ(markup.size() - 3, markup.rfind("</>")) << markup;
     for (const std::string& part : Parts(c.present))
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_P(Replace, EveryRunIsRewritten)
 {
     const ReplaceCase& c = GetParam();
-    ITextContext* pContext = MakeContext(800, 30);
+    ITextContext* pContext = MakeContext();
     std::string markup =
         pContext->FormatText({{ATTR_TEXT, "one"}, {ATTR_COLOR, "#ff0000"}, {ATTR_TEXTDECORATION, "2"}}) +
         pContext->FormatText({{ATTR_TEXT, "two"}, {ATTR_COLOR, "#0000ff"}, {ATTR_TEXTDECORATION, "8"},
@@ -122,7 +122,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(DrawingTest, ReplaceColourKeepsHiddenRunsHiddenAndRefusesTheUnknown)
 {
-    ITextContext* pContext = MakeContext(800, 30);
+    ITextContext* pContext = MakeContext();
     std::string markup = pContext->FormatText({{ATTR_TEXT, "x"}, {ATTR_VISIBILITY, "hidden"}});
     pContext->ReplaceAttribute(markup, ATTR_COLOR, "#ffff00");
     EXPECT_NE(std::string::npos, markup.find("color=#ffff0000")) << markup;
@@ -137,7 +137,7 @@ TEST_F(DrawingTest, ReplaceColourKeepsHiddenRunsHiddenAndRefusesTheUnknown)
 
 TEST_F(DrawingTest, UnicodeBidiWrapsOnceForTheDirection)
 {
-    ITextContext* pContext = MakeContext(800, 30);
+    ITextContext* pContext = MakeContext();
     std::string text = "abc";
     EXPECT_FALSE(pContext->ApplyUnicodeBidi("normal", text));
     EXPECT_EQ("abc", text);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -14,6 +15,15 @@ using namespace TTML;
 
 namespace {
 
+typedef std::function<void()> Fn;
+
+// Runs a Fn handed over as the call's data.
+void* Invoke(void* data)
+{
+    (*static_cast<Fn*>(data))();
+    return data;
+}
+
 class MainThreadUtilsTest : public MainLoopTest {
 public:
     void SetUp() override
@@ -21,7 +31,6 @@ public:
         MainLoopTest::SetUp();
         m_pUtils = CMainThreadUtils::GetInstance();
         ASSERT_NE(nullptr, m_pUtils);
-        m_mainThread = std::this_thread::get_id();
     }
 
     // Waits (polling) until `count` calls are pending: only the test knows
@@ -33,19 +42,16 @@ public:
     }
 
     CMainThreadUtils* m_pUtils = nullptr;
-    std::thread::id m_mainThread;
+    Fn m_quit = [] { Quit(); };
 };
 
-// Records the thread a function ran on.
+// Counts the runs of a function.
 struct Call {
     std::atomic<int> runs{0};
-    std::thread::id thread;
     static void* Fn(void* data)
     {
-        Call* c = static_cast<Call*>(data);
-        c->thread = std::this_thread::get_id();
-        ++c->runs;
-        return c;
+        ++static_cast<Call*>(data)->runs;
+        return data;
     }
 };
 
@@ -58,30 +64,23 @@ TEST_F(MainThreadUtilsTest, OnTheMainLoopSyncRunsDirectlyAndAsyncLater)
     EXPECT_TRUE(ran);
     // And from inside a function the service itself is running; an async
     // call made there runs after it, not inside it.
-    struct Nested {
-        CMainThreadUtils* pUtils = nullptr;
-        Call inner, later;
-        void* innerResult = nullptr;
-        int laterRunsInside = -1;
-    } nested;
-    nested.pUtils = m_pUtils;
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED,
-              m_pUtils->RunEflSafeCallFunctionAsync("outer", [](void* d) -> void* {
-                  Nested* n = static_cast<Nested*>(d);
-                  n->innerResult = n->pUtils->RunEflSafeCallFunctionSync("inner", Call::Fn, &n->inner);
-                  n->pUtils->RunEflSafeCallFunctionAsync("later", [](void* l) -> void* {
-                      Call::Fn(l);
-                      ecore_main_loop_quit();
-                      return nullptr;
-                  }, &n->later);
-                  n->laterRunsInside = n->later.runs;
-                  return nullptr;
-              }, &nested));
+    Call inner, later;
+    void* innerResult = nullptr;
+    int laterRunsInside = -1;
+    Fn quitLater = [&] {
+        Call::Fn(&later);
+        Quit();
+    };
+    Fn outer = [&] {
+        innerResult = m_pUtils->RunEflSafeCallFunctionSync("inner", Call::Fn, &inner);
+        m_pUtils->RunEflSafeCallFunctionAsync("later", Invoke, &quitLater);
+        laterRunsInside = later.runs;
+    };
+    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("outer", Invoke, &outer));
     EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(&nested.inner, nested.innerResult);
-    EXPECT_EQ(m_mainThread, nested.inner.thread);
-    EXPECT_EQ(0, nested.laterRunsInside);
-    EXPECT_EQ(1, nested.later.runs.load());
+    EXPECT_EQ(&inner, innerResult);
+    EXPECT_EQ(0, laterRunsInside);
+    EXPECT_EQ(1, later.runs.load());
     EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 }
 
@@ -97,8 +96,7 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
     };
     std::vector<std::vector<int>> seen(kWorkers);  // touched on the main loop only
     std::vector<std::vector<Item>> items(kWorkers);
-    std::atomic<int> wrongResults{0};
-    std::atomic<int> finished{0};
+    std::atomic<int> wrongResults{0}, finished{0};
     for (int w = 0; w < kWorkers; ++w)
         for (int i = 0; i < kCalls; ++i)
             items[w].push_back(Item{&seen[w], i});
@@ -107,24 +105,21 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
         it->pSeen->push_back(eina_main_loop_is() ? it->value : -1);
         return d;
     };
+    Fn last = [&] {
+        if (++finished == kWorkers)
+            Quit();
+    };
     std::vector<std::thread> workers;
     for (int w = 0; w < kWorkers; ++w) {
         workers.emplace_back([&, w] {
             for (int i = 0; i < kCalls; ++i) {
                 Item* pItem = &items[w][i];
-                if (i % 10 == 9) {
-                    if (m_pUtils->RunEflSafeCallFunctionSync("sync", record, pItem) != pItem)
-                        ++wrongResults;
-                } else if (m_pUtils->RunEflSafeCallFunctionAsync("async", record, pItem) != 0) {
+                if (i % 10 == 9 ? m_pUtils->RunEflSafeCallFunctionSync("sync", record, pItem) != pItem
+                                : m_pUtils->RunEflSafeCallFunctionAsync("async", record, pItem) != 0)
                     ++wrongResults;
-                }
             }
             // Everything this worker queued runs before its last call.
-            m_pUtils->RunEflSafeCallFunctionSync("last", [](void* d) -> void* {
-                if (++*static_cast<std::atomic<int>*>(d) == 4)
-                    ecore_main_loop_quit();
-                return nullptr;
-            }, &finished);
+            m_pUtils->RunEflSafeCallFunctionSync("last", Invoke, &last);
         });
     }
     EXPECT_TRUE(RunLoop());
@@ -158,48 +153,27 @@ TEST_P(BlockedCaller, IsReleasedWithoutRunningItsFunction)
     void* result = &blocked;
     bool ran = true;
     std::thread worker;
-
-    struct Reset {
-        BlockedCaller* pTest;
-        ReleaseBy by;
-        std::thread* pWorker;
-        Call* pQueuedBehind;
-    } reset{this, by, &worker, &queuedBehind};
-
     // The worker starts only once the "reset" is running, so its call queues
     // behind it and cannot run first.
-    auto resetFn = [](void* d) -> void* {
-        Reset* r = static_cast<Reset*>(d);
-        // This call, the worker's async call and its blocked sync call.
-        r->pTest->WaitForPending(3);
-        switch (r->by) {
-        case BY_STOP_STATE:
-            r->pTest->m_pUtils->SetStop(true);
-            break;
-        case BY_STOP_STATE_AND_STOP:
-            r->pTest->m_pUtils->SetStop(true);
-            r->pTest->m_pUtils->Stop();
-            break;
-        case BY_RELEASE_OF_THE_SERVICE:
-            r->pTest->DestroyGraphics();
-            break;
-        }
-        r->pWorker->join();  // deadlocks here if the worker is not released
-        if (r->by == BY_STOP_STATE_AND_STOP) {
-            r->pTest->m_pUtils->SetStop(false);
-            // Queued before Stop(): must never run, even now.
-            Call* pAfter = new Call;
-            r->pTest->m_pUtils->RunEflSafeCallFunctionAsync("after", [](void* a) -> void* {
-                delete static_cast<Call*>(a);
-                ecore_main_loop_quit();
-                return nullptr;
-            }, pAfter);
+    Fn reset = [&] {
+        WaitForPending(3);  // this call, the worker's async call and its blocked sync call
+        if (by == BY_RELEASE_OF_THE_SERVICE) {
+            DestroyGraphics();
         } else {
-            ecore_main_loop_quit();
+            m_pUtils->SetStop(true);
+            if (by == BY_STOP_STATE_AND_STOP)
+                m_pUtils->Stop();
         }
-        return nullptr;
+        worker.join();  // deadlocks here if the worker is not released
+        if (by == BY_STOP_STATE_AND_STOP) {
+            // Queued before Stop(): must never run, even now.
+            m_pUtils->SetStop(false);
+            m_pUtils->RunEflSafeCallFunctionAsync("after", Invoke, &m_quit);
+        } else {
+            Quit();
+        }
     };
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("reset", resetFn, &reset));
+    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("reset", Invoke, &reset));
     worker = std::thread([&] {
         m_pUtils->RunEflSafeCallFunctionAsync("behind", Call::Fn, &queuedBehind);
         result = m_pUtils->RunEflSafeCallFunctionSync("blocked", Call::Fn, &blocked, &ran);
@@ -231,18 +205,13 @@ TEST_F(MainThreadUtilsTest, StopStateHoldsQueuedCallsAndRefusesNewOnes)
 {
     LogCapture log;
     std::vector<int> order;
-    struct Item {
-        std::vector<int>* pOrder;
-        int value;
-    } items[2] = {{&order, 1}, {&order, 2}};
-    for (Item& it : items)
-        m_pUtils->RunEflSafeCallFunctionAsync("queued", [](void* d) -> void* {
-            Item* item = static_cast<Item*>(d);
-            item->pOrder->push_back(item->value);
-            if (item->value == 2)
-                ecore_main_loop_quit();
-            return nullptr;
-        }, &it);
+    Fn first = [&] { order.push_back(1); };
+    Fn second = [&] {
+        order.push_back(2);
+        Quit();
+    };
+    m_pUtils->RunEflSafeCallFunctionAsync("queued", Invoke, &first);
+    m_pUtils->RunEflSafeCallFunctionAsync("queued", Invoke, &second);
     m_pUtils->SetStop(true);
     EXPECT_TRUE(m_pUtils->IsStopped());
     Call call;
@@ -280,7 +249,6 @@ TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
     EXPECT_FALSE(ran);
     EXPECT_EQ(CMainThreadUtils::ASYNC_INVALID, m_pUtils->RunEflSafeCallFunctionAsync("nofn", nullptr, nullptr));
     EXPECT_EQ(2, log.Count("nofn: fn is null", DLOG_WARN));
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 
     Call calls[5];
     static int dropped;
@@ -291,16 +259,10 @@ TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
     m_pUtils->Stop();
     EXPECT_EQ(5, dropped);
     EXPECT_EQ(0u, m_pUtils->GetPendingCount());
-    Call later;
-    m_pUtils->RunEflSafeCallFunctionAsync("later", [](void* d) -> void* {
-        Call::Fn(d);
-        ecore_main_loop_quit();
-        return nullptr;
-    }, &later);
+    m_pUtils->RunEflSafeCallFunctionAsync("later", Invoke, &m_quit);
     EXPECT_TRUE(RunLoop());
     for (Call& c : calls)
         EXPECT_EQ(0, c.runs.load());
-    EXPECT_EQ(1, later.runs.load());
 }
 
 }  // namespace

@@ -28,8 +28,9 @@ public:
 };
 
 // One timer driven by steps: "stop", "start S", "pause", "resume",
-// "interval S" and "quit" (which gives a broken timer 0.2 s to fire again
-// first). Steps run at a time after the loop starts (a negative time: right
+// "interval S", "replace S" (stop and destroy it, start a new one: the timer
+// manager's pattern) and "quit" (which gives a broken timer 0.2 s to fire
+// again first). Steps run at a time after the loop starts (a negative time: right
 // after the first Start) or inside the callback's n-th call; every step and
 // every expiry ("timer") is logged in order.
 struct Script {
@@ -59,7 +60,12 @@ public:
             m_pTimer->Resume();
         else if (verb == "interval")
             m_pTimer->SetInterval(seconds);
-        else
+        else if (verb == "replace") {
+            m_pTimer->Stop();
+            m_pGraphics->DestroyObject(m_pTimer);
+            m_pTimer = NewTimer();
+            m_pTimer->Start(Expired_Cb, seconds, this);
+        } else
             ecore_timer_add(0.2, [](void*) -> Eina_Bool {
                 Quit();
                 return ECORE_CALLBACK_CANCEL;
@@ -138,41 +144,10 @@ INSTANTIATE_TEST_SUITE_P(
         Script{"SetIntervalInsideTheCallbackFiresOncePerArming", 0.01, 3, {},
                {{1, "interval 0.02"}, {2, "interval 0.04"}, {3, "quit"}}, "timer interval timer interval timer"},
         Script{"SetIntervalRevivesATimerThatEnded", 0.01, 0, {{0.2, "interval 0.01"}}, {{2, "quit"}},
-               "timer interval timer"}),
+               "timer interval timer"},
+        // The destroyed timer's callback asked to go on: it must not.
+        Script{"CallbackMayReplaceItsOwnTimer", 0.01, 2, {}, {{1, "replace 0.01"}, {2, "quit"}}, "timer replace timer"}),
     TTMLTest::RowName());
-
-// The timer manager stops and destroys its timer from inside the expiry, then
-// makes and starts a fresh one.
-TEST_F(TimerTest, CallbackMayDestroyItsOwnTimerAndStartAnother)
-{
-    struct Ctx {
-        TimerTest* pTest;
-        ITimer* pFirst;
-        ITimer* pSecond = nullptr;
-        int first = 0, second = 0;
-    } ctx{this, NewTimer()};
-    ctx.pFirst->Start(
-        [](void* d) {
-            Ctx* c = static_cast<Ctx*>(d);
-            ++c->first;
-            c->pFirst->Stop();
-            c->pTest->m_pGraphics->DestroyObject(c->pFirst);
-            c->pSecond = c->pTest->NewTimer();
-            c->pSecond->Start(
-                [](void* d2) {
-                    ++static_cast<Ctx*>(d2)->second;
-                    Quit();
-                    return 0;
-                },
-                0.01, c);
-            return 1;  // must not keep the destroyed timer alive
-        },
-        0.01, &ctx);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(1, ctx.first);
-    EXPECT_EQ(1, ctx.second);
-    m_pGraphics->DestroyObject(ctx.pSecond);
-}
 
 TEST_F(TimerTest, RefusesUseBeforeStartAndOffTheMainLoop)
 {
