@@ -47,14 +47,6 @@ struct ReplaceCase {
 
 class Replace : public DrawingTest, public ::testing::WithParamInterface<ReplaceCase> {};
 
-struct FamilyCase {
-    const char* name;
-    const char* list;
-    const char* contains;  // in the resolved family
-};
-
-class FontFamily : public ::testing::TestWithParam<FamilyCase> {};
-
 }  // namespace
 
 TEST_P(FormatText, OneRunOfMarkup)
@@ -151,31 +143,20 @@ TEST_F(DrawingTest, UnicodeBidiWrapsOnceForTheDirection)
     EXPECT_EQ("\xE2\x80\xAA" "abc" "\xE2\x80\xAC", other);
 }
 
-TEST_P(FontFamily, ResolvesToAnInstalledFamily)
+// Each list resolves to an installed family containing the given name.
+TEST(FontFamily, ListsResolveToInstalledFamilies)
 {
-    const FamilyCase& c = GetParam();
-    std::string family = CFontFamilyMap::Resolve(c.list);
-    EXPECT_TRUE(CFontFamilyMap::IsInstalled(family)) << family;
-    EXPECT_NE(std::string::npos, family.find(c.contains)) << c.list << " -> " << family;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, FontFamily,
-    ::testing::Values(FamilyCase{"GenericSans", "proportionalSansSerif", "Sans"},
-                      FamilyCase{"GenericSerifAnyCase", "SERIF", "Serif"},
-                      FamilyCase{"MonospaceSerif", "monospaceSerif", "Mono"},
-                      FamilyCase{"QuotedKnownName", "\"Noto Sans Mono\"", "Mono"},
-                      FamilyCase{"LetterGothic", "'Letter Gothic 12 Pitch'", "Mono"},
-                      FamilyCase{"FallsToNextInList", "NoSuchFamilyAnywhere, 'serif'", "Serif"},
-                      FamilyCase{"InstalledNameAsIs", "DejaVu Serif", "DejaVu Serif"},
-                      FamilyCase{"CaptionFontMono", "cpf03", "Mono"},
-                      FamilyCase{"EmptyList", "", "Sans"}),
-    TTMLTest::RowName());
-
-TEST(FontFamilyDefault, DefaultIsInstalledAndUnknownListsGiveIt)
-{
-    std::string family = CFontFamilyMap::DefaultFamily();
-    EXPECT_TRUE(CFontFamilyMap::IsInstalled(family));
-    EXPECT_EQ(family, CFontFamilyMap::Resolve("NoSuchFamilyAnywhere, AlsoMissing"));
+    const std::string fallback = CFontFamilyMap::DefaultFamily();
+    EXPECT_TRUE(CFontFamilyMap::IsInstalled(fallback));
     EXPECT_FALSE(CFontFamilyMap::IsInstalled("NoSuchFamilyAnywhere"));
+    EXPECT_EQ(fallback, CFontFamilyMap::Resolve("NoSuchFamilyAnywhere, AlsoMissing"));
+    const std::vector<std::pair<const char*, const char*>> lists{
+        {"proportionalSansSerif", "Sans"}, {"SERIF", "Serif"}, {"monospaceSerif", "Mono"},
+        {"\"Noto Sans Mono\"", "Mono"}, {"'Letter Gothic 12 Pitch'", "Mono"}, {"NoSuchFamilyAnywhere, 'serif'", "Serif"},
+        {"DejaVu Serif", "DejaVu Serif"}, {"cpf03", "Mono"}, {"", "Sans"}};
+    for (const auto& list : lists) {
+        const std::string family = CFontFamilyMap::Resolve(list.first);
+        EXPECT_TRUE(CFontFamilyMap::IsInstalled(family)) << family;
+        EXPECT_NE(std::string::npos, family.find(list.second)) << list.first << " -> " << family;
+    }
 }

@@ -109,7 +109,13 @@ TEST_F(MainLoopTest, DestroyFreesObjectsNotGivenBackAndDisarmsThem)
 
 // --- Root container ------------------------------------------------------------
 
-class RootContainerProbe : public MainLoopTest {
+struct FitCase {
+    const char* name;
+    int extentW, extentH, aspectW, aspectH;
+    int x, y, w, h;
+};
+
+class RootContainerFit : public MainLoopTest, public ::testing::WithParamInterface<FitCase> {
 public:
     // A red rectangle over the whole canvas inside the root container: what
     // shows of it is exactly the container's clip.
@@ -124,14 +130,6 @@ public:
     }
     bool IsRed(int x, int y) { return m_canvas.GetPixel(x, y) == 0xffff0000u; }
 };
-
-struct FitCase {
-    const char* name;
-    int extentW, extentH, aspectW, aspectH;
-    int x, y, w, h;
-};
-
-class RootContainerFit : public RootContainerProbe, public ::testing::WithParamInterface<FitCase> {};
 
 TEST_P(RootContainerFit, LetterboxesTheDocumentIntoTheLayout)
 {
@@ -153,6 +151,12 @@ TEST_P(RootContainerFit, LetterboxesTheDocumentIntoTheLayout)
         EXPECT_FALSE(IsRed(c.x, c.y - 1));
         EXPECT_FALSE(IsRed(c.x, c.y + c.h));
     }
+    // Hide hides what is drawn, Show brings it back.
+    pRoot->Hide();
+    EXPECT_FALSE(evas_object_visible_get(EvasOf(pRoot)));
+    EXPECT_FALSE(IsRed(c.x, c.y));
+    pRoot->Show();
+    EXPECT_TRUE(IsRed(c.x, c.y));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -188,18 +192,6 @@ TEST_F(MainLoopTest, RootContainerStartsOverTheLayoutAndFollowsIt)
     evas_object_resize(m_canvas.GetBaseLayout(), 1280, 720);
     EXPECT_EQ((std::vector<int>{100 + 160, 50, 960, 720}), Geometry(pRoot));
     EXPECT_EQ(Geometry(pRoot), EvasGeometry(pRoot));
-}
-
-TEST_F(RootContainerProbe, HideHidesWhatIsDrawnAndShowBringsItBack)
-{
-    IRootContainer* pRoot = m_pGraphics->GetRootContainer();
-    AddProbe();
-    pRoot->SetRootInfo(-1, -1, 4, 3);
-    pRoot->Hide();
-    EXPECT_FALSE(evas_object_visible_get(EvasOf(pRoot)));
-    EXPECT_FALSE(IsRed(960, 540));
-    pRoot->Show();
-    EXPECT_TRUE(IsRed(960, 540));
 }
 
 // The state changes at once for the calling thread; the canvas follows on

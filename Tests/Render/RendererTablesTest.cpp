@@ -1,6 +1,6 @@
 // The renderer's numbers: cell sizes, font size and line gap by family and
-// flag, edge types, caption menu overrides; the shared region surfaces;
-// paragraph stacking by display alignment.
+// flag, caption menu overrides; the shared region surfaces; paragraph
+// stacking by display alignment. Edge types are judged on pixels.
 
 #include "RenderFixture.h"
 
@@ -86,29 +86,6 @@ INSTANTIATE_TEST_SUITE_P(
                       SizeCase{"CapitalisedIsNotMono", ONE_CELL "tts:fontFamily=\"Monospace\"", false, 65.52, 8.28}),
     TTMLTest::RowName());
 #undef ONE_CELL
-
-struct EdgeCase {
-    int type, typeAfter;
-    double offset, thickness;  // a 60-pixel font, thickness 2 before
-};
-
-class EdgeType : public ::testing::TestWithParam<EdgeCase> {};
-
-TEST_P(EdgeType, OffsetsArePercentOfTheFont)
-{
-    TextOutline outline;
-    outline.type = GetParam().type;
-    outline.thickness = 2;
-    CRenderer::ApplyEdgeType(60, outline);
-    EXPECT_EQ(GetParam().typeAfter, outline.type);
-    EXPECT_DOUBLE_EQ(GetParam().offset, outline.offsetX);
-    EXPECT_DOUBLE_EQ(GetParam().offset, outline.offsetY);
-    EXPECT_DOUBLE_EQ(GetParam().thickness, outline.thickness);
-}
-
-INSTANTIATE_TEST_SUITE_P(Render, EdgeType,
-                         ::testing::Values(EdgeCase{1, 1, -1.8, 2}, EdgeCase{3, 3, 0, 6}, EdgeCase{5, 5, 3, 2},
-                                           EdgeCase{6, 0, 0, 2}));
 
 // Menu settings while captions are on; the markup is read after drawing,
 // the window colour from the canvas.
