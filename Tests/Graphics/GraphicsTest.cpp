@@ -219,19 +219,4 @@ TEST_F(MainLoopTest, RootContainerCanBeDrivenFromAnotherThread)
     EXPECT_TRUE(RunLoop());
 }
 
-TEST_F(MainLoopTest, LayoutOrCanvasGoneBeforeTheGraphicsObjectIsHarmless)
-{
-    IRootContainer* pRoot = m_pGraphics->GetRootContainer();
-    pRoot->SetRootInfo(-1, -1, 4, 3);
-    m_canvas.DeleteBaseLayout();
-    int w = -1;
-    pRoot->GetGeometry(nullptr, nullptr, &w, nullptr);
-    EXPECT_EQ(1440, w);  // the last known layout is kept
-    m_canvas.Destroy();
-    EXPECT_EQ(nullptr, EvasOf(pRoot));
-    pRoot->Hide();
-    pRoot->SetRootInfo(-1, -1, 16, 9);
-    DestroyGraphics();
-}
-
 }  // namespace

@@ -8,7 +8,6 @@
 #include "RenderFixture.h"
 #include "CSourceFeed.h"
 
-#include <dirent.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -16,6 +15,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 
 using namespace TTML;
@@ -36,15 +36,14 @@ struct Rect {
     }
 };
 
+// Names in a folder, sorted, hidden ones left out.
 std::vector<std::string> List(const std::string& dir)
 {
     std::vector<std::string> names;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.')
-                names.push_back(e->d_name);
-        closedir(d);
-    }
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(dir, error))
+        if (entry.path().filename().string()[0] != '.')
+            names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
 }
