@@ -1,37 +1,24 @@
 #ifndef INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
 #define INTERTITLE_TESTS_DRAWING_DRAWINGFIXTURE_H
 
-#include "CHeadlessCanvas.h"
-#include "IGraphics.h"
+#include "../Graphics/MainLoopFixture.h"
+
 #include "IRootContainer.h"
 #include "ITextContext.h"
 #include "ITextSurface.h"
 #include "PixelBox.h"
 #include "TTMLAttr.h"
 
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
-// A 1920x1080 headless canvas with the graphics object over its base layout;
-// the test thread is the main loop thread. Pixels are read straight from the
-// rendered buffer (premultiplied 0xAARRGGBB).
-class DrawingTest : public ::testing::Test {
+// Surfaces and paragraphs of the graphics object on the 1920x1080 headless
+// canvas, given back after the test; the test thread is the main loop
+// thread. Pixels are premultiplied 0xAARRGGBB.
+class DrawingTest : public MainLoopTest {
 public:
     typedef PixelBox Box;
-    typedef std::function<bool(unsigned int)> Match;
-
-    void SetUp() override
-    {
-        ASSERT_TRUE(m_canvas.Initialize(1920, 1080));
-        m_pGraphics = TTML::IGraphics::Create();
-        ASSERT_NE(nullptr, m_pGraphics);
-        ASSERT_TRUE(m_pGraphics->Initialize(m_canvas.GetBaseLayout()));
-    }
 
     void TearDown() override
     {
@@ -43,8 +30,7 @@ public:
             pSurface->Deinitialize();
             m_pGraphics->DestroyObject(pSurface);
         }
-        m_pGraphics->Destroy();
-        m_canvas.Destroy();
+        MainLoopTest::TearDown();
     }
 
     TTML::IRootContainer* Root() { return m_pGraphics->GetRootContainer(); }
@@ -61,7 +47,8 @@ public:
         return pSurface;
     }
 
-    TTML::ITextContext* MakeContext(int w, double fontPx = 48)
+    // A paragraph 800 pixels wide with a 30-pixel font.
+    TTML::ITextContext* MakeContext()
     {
         auto* pContext = static_cast<TTML::ITextContext*>(m_pGraphics->CreateObject(1));
         EXPECT_NE(nullptr, pContext);
@@ -69,76 +56,20 @@ public:
             return nullptr;
         m_contexts.push_back(pContext);
         EXPECT_TRUE(pContext->Initialize());
-        pContext->SetWidth(w);
-        pContext->SetFontSize(fontPx);
-        pContext->SetTextAlign("center");
-        pContext->SetWrap(true);
+        pContext->SetWidth(800);
+        pContext->SetFontSize(30);
         return pContext;
     }
 
-    static std::map<int, std::string> Run(const std::string& text, const std::string& colour,
-                                          const std::string& size = "48px")
+    // Bounding box of the canvas pixels that match.
+    template <typename F>
+    Box Find(F match)
     {
-        return {{TTML::ATTR_TEXT, text}, {TTML::ATTR_COLOR, colour}, {TTML::ATTR_FONTSIZE, size},
-                {TTML::ATTR_FONTFAMILY, "proportionalSansSerif"}};
+        return PixelBox::Find(m_canvas.RenderPixels(), match, 0, 0, 1920, 1080);
     }
 
-    // Formats and styles one run the way the renderer does.
-    static std::string AddRun(TTML::ITextContext* pContext, const std::map<int, std::string>& attrs,
-                              TTML::TextOutline* pOutline = nullptr)
-    {
-        std::string markup = pContext->FormatText(attrs);
-        TTML::ITextContext::Colours colours;
-        auto it = attrs.find(TTML::ATTR_BACKGROUNDCOLOR);
-        if (it != attrs.end()) {
-            unsigned r, g, b, a = 255;
-            if (sscanf(it->second.c_str(), "#%2x%2x%2x%2x", &r, &g, &b, &a) >= 3) {
-                colours.first.red = r * 257;
-                colours.first.green = g * 257;
-                colours.first.blue = b * 257;
-                colours.first.alpha = a * 257;
-            }
-        }
-        TTML::TextOutline outline;
-        pContext->SetTextStyle(attrs.count(TTML::ATTR_TEXT) ? attrs.at(TTML::ATTR_TEXT) : "", false,
-                               &colours, pOutline ? pOutline : &outline);
-        return markup;
-    }
+    static bool AnyInk(unsigned int p) { return (p >> 24) != 0; }
 
-    const unsigned int* Pixels()
-    {
-        m_canvas.GetPixel(0, 0);  // renders
-        return static_cast<const unsigned int*>(ecore_evas_buffer_pixels_get(m_canvas.GetEcoreEvas()));
-    }
-
-    // Bounding box of the pixels in [x, x+w) x [y, y+h) that match.
-    Box Find(const Match& match, int x = 0, int y = 0, int w = 1920, int h = 1080)
-    {
-        return PixelBox::Find(Pixels(), match, x, y, w, h);
-    }
-
-    // Channels of a premultiplied pixel, each within tol of the given ones.
-    static Match Near(int a, int r, int g, int b, int tol = 12)
-    {
-        return [=](unsigned int p) {
-            int pa = p >> 24, pr = (p >> 16) & 0xff, pg = (p >> 8) & 0xff, pb = p & 0xff;
-            return abs(pa - a) <= tol && abs(pr - r) <= tol && abs(pg - g) <= tol && abs(pb - b) <= tol;
-        };
-    }
-    static Match Opaque(int r, int g, int b, int tol = 40) { return Near(255, r, g, b, tol); }
-    static Match AnyInk()
-    {
-        return [](unsigned int p) { return (p >> 24) != 0; };
-    }
-
-    void SaveGallery(const std::string& name)
-    {
-        mkdir("drawing-gallery", 0755);
-        EXPECT_TRUE(m_canvas.SavePng("drawing-gallery/" + name + ".png"));
-    }
-
-    TTML::CHeadlessCanvas m_canvas;
-    TTML::IGraphics* m_pGraphics = nullptr;
     std::vector<TTML::ITextSurface*> m_surfaces;
     std::vector<TTML::ITextContext*> m_contexts;
 };

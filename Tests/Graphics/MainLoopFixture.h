@@ -36,10 +36,9 @@ public:
 
     void DestroyGraphics()
     {
-        if (m_pGraphics) {
+        if (m_pGraphics)
             m_pGraphics->Destroy();
-            m_pGraphics = nullptr;
-        }
+        m_pGraphics = nullptr;
     }
 
     // Runs the main loop until Quit/QuitFromAnyThread. False (and a test
@@ -47,14 +46,18 @@ public:
     bool RunLoop(double softLimitSeconds = 30.0)
     {
         m_bTimedOut = false;
-        Ecore_Timer* pWatchdog = ecore_timer_add(softLimitSeconds, m_Watchdog_Cb, this);
+        Ecore_Timer* pWatchdog = ecore_timer_add(softLimitSeconds, [](void* data) -> Eina_Bool {
+            static_cast<MainLoopTest*>(data)->m_bTimedOut = true;
+            ADD_FAILURE() << "main loop watchdog: the test did not quit the loop";
+            ecore_main_loop_quit();
+            return ECORE_CALLBACK_CANCEL;
+        }, this);
         std::mutex lock;
         std::condition_variable cond;
         bool done = false;
         std::thread hard([&] {
             std::unique_lock<std::mutex> guard(lock);
-            if (!cond.wait_for(guard, std::chrono::duration<double>(softLimitSeconds + 10.0),
-                               [&] { return done; })) {
+            if (!cond.wait_for(guard, std::chrono::duration<double>(softLimitSeconds + 10.0), [&] { return done; })) {
                 fprintf(stderr, "watchdog: the main loop is blocked\n");
                 std::abort();
             }
@@ -93,14 +96,6 @@ public:
     TTML::IGraphics* m_pGraphics = nullptr;
 
 private:
-    static Eina_Bool m_Watchdog_Cb(void* data)
-    {
-        static_cast<MainLoopTest*>(data)->m_bTimedOut = true;
-        ADD_FAILURE() << "main loop watchdog: the test did not quit the loop";
-        ecore_main_loop_quit();
-        return ECORE_CALLBACK_CANCEL;
-    }
-
     bool m_bTimedOut = false;
 };
 

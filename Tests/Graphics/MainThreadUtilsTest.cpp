@@ -1,10 +1,12 @@
 #include "CMainThreadUtils.h"
 #include "LogCapture.h"
 #include "MainLoopFixture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +15,15 @@ using namespace TTML;
 
 namespace {
 
+typedef std::function<void()> Fn;
+
+// Runs a Fn handed over as the call's data.
+void* Invoke(void* data)
+{
+    (*static_cast<Fn*>(data))();
+    return data;
+}
+
 class MainThreadUtilsTest : public MainLoopTest {
 public:
     void SetUp() override
@@ -20,7 +31,6 @@ public:
         MainLoopTest::SetUp();
         m_pUtils = CMainThreadUtils::GetInstance();
         ASSERT_NE(nullptr, m_pUtils);
-        m_mainThread = std::this_thread::get_id();
     }
 
     // Waits (polling) until `count` calls are pending: only the test knows
@@ -32,81 +42,51 @@ public:
     }
 
     CMainThreadUtils* m_pUtils = nullptr;
-    std::thread::id m_mainThread;
+    Fn m_quit = [] { Quit(); };
 };
 
-// Records the thread a function ran on.
+// Counts the runs of a function.
 struct Call {
     std::atomic<int> runs{0};
-    std::thread::id thread;
     static void* Fn(void* data)
     {
-        Call* c = static_cast<Call*>(data);
-        c->thread = std::this_thread::get_id();
-        ++c->runs;
-        return c;
+        ++static_cast<Call*>(data)->runs;
+        return data;
     }
 };
 
-TEST_F(MainThreadUtilsTest, SyncFromAWorkerRunsOnTheMainLoopAndReturnsTheResult)
-{
-    Call call;
-    void* result = nullptr;
-    bool ran = false;
-    std::thread worker([&] {
-        result = m_pUtils->RunEflSafeCallFunctionSync("test", Call::Fn, &call, &ran);
-        QuitFromAnyThread();
-    });
-    EXPECT_TRUE(RunLoop());
-    worker.join();
-    EXPECT_EQ(&call, result);
-    EXPECT_TRUE(ran);
-    EXPECT_EQ(1, call.runs.load());
-    EXPECT_EQ(m_mainThread, call.thread);
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
-}
-
-TEST_F(MainThreadUtilsTest, SyncOnTheMainLoopRunsDirectly)
+TEST_F(MainThreadUtilsTest, OnTheMainLoopSyncRunsDirectlyAndAsyncLater)
 {
     Call call;
     bool ran = false;
     // Before the loop runs: queuing would wait for ourselves forever.
     EXPECT_EQ(&call, m_pUtils->RunEflSafeCallFunctionSync("direct", Call::Fn, &call, &ran));
     EXPECT_TRUE(ran);
-    // And from inside a function the service itself is running.
-    struct Nested {
-        CMainThreadUtils* pUtils = nullptr;
-        Call inner;
-        void* innerResult = nullptr;
-    } nested;
-    nested.pUtils = m_pUtils;
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED,
-              m_pUtils->RunEflSafeCallFunctionAsync("outer", [](void* d) -> void* {
-                  Nested* n = static_cast<Nested*>(d);
-                  n->innerResult = n->pUtils->RunEflSafeCallFunctionSync("inner", Call::Fn, &n->inner);
-                  ecore_main_loop_quit();
-                  return nullptr;
-              }, &nested));
+    // And from inside a function the service itself is running; an async
+    // call made there runs after it, not inside it.
+    Call inner, later;
+    void* innerResult = nullptr;
+    int laterRunsInside = -1;
+    Fn quitLater = [&] {
+        Call::Fn(&later);
+        Quit();
+    };
+    Fn outer = [&] {
+        innerResult = m_pUtils->RunEflSafeCallFunctionSync("inner", Call::Fn, &inner);
+        m_pUtils->RunEflSafeCallFunctionAsync("later", Invoke, &quitLater);
+        laterRunsInside = later.runs;
+    };
+    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("outer", Invoke, &outer));
     EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(&nested.inner, nested.innerResult);
-    EXPECT_EQ(m_mainThread, nested.inner.thread);
-}
-
-TEST_F(MainThreadUtilsTest, AsyncOnTheMainLoopRunsLaterNotInsideTheCaller)
-{
-    Call call;
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("later", Call::Fn, &call));
-    EXPECT_EQ(0, call.runs.load());
-    EXPECT_EQ(1u, m_pUtils->GetPendingCount());
-    auto quit = [] { Quit(); };
-    After(0.05, &quit);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(1, call.runs.load());
+    EXPECT_EQ(&inner, innerResult);
+    EXPECT_EQ(0, laterRunsInside);
+    EXPECT_EQ(1, later.runs.load());
     EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 }
 
-// Several workers mixing both kinds: each worker's calls run in its order,
-// every synchronous caller gets its own result, nothing is left pending.
+// Several workers mixing both kinds: each worker's calls run on the main
+// loop in its order, every synchronous caller gets its own result, nothing
+// is left pending.
 TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
 {
     const int kWorkers = 4, kCalls = 200;
@@ -116,34 +96,30 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
     };
     std::vector<std::vector<int>> seen(kWorkers);  // touched on the main loop only
     std::vector<std::vector<Item>> items(kWorkers);
-    std::atomic<int> wrongResults{0};
-    std::atomic<int> finished{0};
+    std::atomic<int> wrongResults{0}, finished{0};
     for (int w = 0; w < kWorkers; ++w)
         for (int i = 0; i < kCalls; ++i)
             items[w].push_back(Item{&seen[w], i});
     auto record = [](void* d) -> void* {
         Item* it = static_cast<Item*>(d);
-        it->pSeen->push_back(it->value);
+        it->pSeen->push_back(eina_main_loop_is() ? it->value : -1);
         return d;
+    };
+    Fn last = [&] {
+        if (++finished == kWorkers)
+            Quit();
     };
     std::vector<std::thread> workers;
     for (int w = 0; w < kWorkers; ++w) {
         workers.emplace_back([&, w] {
             for (int i = 0; i < kCalls; ++i) {
                 Item* pItem = &items[w][i];
-                if (i % 10 == 9) {
-                    if (m_pUtils->RunEflSafeCallFunctionSync("sync", record, pItem) != pItem)
-                        ++wrongResults;
-                } else if (m_pUtils->RunEflSafeCallFunctionAsync("async", record, pItem) != 0) {
+                if (i % 10 == 9 ? m_pUtils->RunEflSafeCallFunctionSync("sync", record, pItem) != pItem
+                                : m_pUtils->RunEflSafeCallFunctionAsync("async", record, pItem) != 0)
                     ++wrongResults;
-                }
             }
             // Everything this worker queued runs before its last call.
-            m_pUtils->RunEflSafeCallFunctionSync("last", [](void* d) -> void* {
-                if (++*static_cast<std::atomic<int>*>(d) == 4)
-                    ecore_main_loop_quit();
-                return nullptr;
-            }, &finished);
+            m_pUtils->RunEflSafeCallFunctionSync("last", Invoke, &last);
         });
     }
     EXPECT_TRUE(RunLoop());
@@ -164,14 +140,9 @@ TEST_F(MainThreadUtilsTest, CallsRunInOrderPerCallerAndNoneIsLost)
 enum ReleaseBy { BY_STOP_STATE, BY_STOP_STATE_AND_STOP, BY_RELEASE_OF_THE_SERVICE };
 
 struct ReleaseCase {
-    ReleaseBy by;
     const char* name;
+    ReleaseBy by;
 };
-
-void PrintTo(const ReleaseCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
 
 class BlockedCaller : public MainThreadUtilsTest, public ::testing::WithParamInterface<ReleaseCase> {};
 
@@ -182,48 +153,27 @@ TEST_P(BlockedCaller, IsReleasedWithoutRunningItsFunction)
     void* result = &blocked;
     bool ran = true;
     std::thread worker;
-
-    struct Reset {
-        BlockedCaller* pTest;
-        ReleaseBy by;
-        std::thread* pWorker;
-        Call* pQueuedBehind;
-    } reset{this, by, &worker, &queuedBehind};
-
     // The worker starts only once the "reset" is running, so its call queues
     // behind it and cannot run first.
-    auto resetFn = [](void* d) -> void* {
-        Reset* r = static_cast<Reset*>(d);
-        // This call, the worker's async call and its blocked sync call.
-        r->pTest->WaitForPending(3);
-        switch (r->by) {
-        case BY_STOP_STATE:
-            r->pTest->m_pUtils->SetStop(true);
-            break;
-        case BY_STOP_STATE_AND_STOP:
-            r->pTest->m_pUtils->SetStop(true);
-            r->pTest->m_pUtils->Stop();
-            break;
-        case BY_RELEASE_OF_THE_SERVICE:
-            r->pTest->DestroyGraphics();
-            break;
-        }
-        r->pWorker->join();  // deadlocks here if the worker is not released
-        if (r->by == BY_STOP_STATE_AND_STOP) {
-            r->pTest->m_pUtils->SetStop(false);
-            // Queued before Stop(): must never run, even now.
-            Call* pAfter = new Call;
-            r->pTest->m_pUtils->RunEflSafeCallFunctionAsync("after", [](void* a) -> void* {
-                delete static_cast<Call*>(a);
-                ecore_main_loop_quit();
-                return nullptr;
-            }, pAfter);
+    Fn reset = [&] {
+        WaitForPending(3);  // this call, the worker's async call and its blocked sync call
+        if (by == BY_RELEASE_OF_THE_SERVICE) {
+            DestroyGraphics();
         } else {
-            ecore_main_loop_quit();
+            m_pUtils->SetStop(true);
+            if (by == BY_STOP_STATE_AND_STOP)
+                m_pUtils->Stop();
         }
-        return nullptr;
+        worker.join();  // deadlocks here if the worker is not released
+        if (by == BY_STOP_STATE_AND_STOP) {
+            // Queued before Stop(): must never run, even now.
+            m_pUtils->SetStop(false);
+            m_pUtils->RunEflSafeCallFunctionAsync("after", Invoke, &m_quit);
+        } else {
+            Quit();
+        }
     };
-    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("reset", resetFn, &reset));
+    ASSERT_EQ(CMainThreadUtils::ASYNC_QUEUED, m_pUtils->RunEflSafeCallFunctionAsync("reset", Invoke, &reset));
     worker = std::thread([&] {
         m_pUtils->RunEflSafeCallFunctionAsync("behind", Call::Fn, &queuedBehind);
         result = m_pUtils->RunEflSafeCallFunctionSync("blocked", Call::Fn, &blocked, &ran);
@@ -245,40 +195,61 @@ TEST_P(BlockedCaller, IsReleasedWithoutRunningItsFunction)
 
 INSTANTIATE_TEST_SUITE_P(
     Release, BlockedCaller,
-    ::testing::Values(ReleaseCase{BY_STOP_STATE, "SetStop"}, ReleaseCase{BY_STOP_STATE_AND_STOP, "SetStopAndStop"},
-                      ReleaseCase{BY_RELEASE_OF_THE_SERVICE, "GraphicsDestroy"}),
-    [](const auto& info) { return std::string(info.param.name); });
+    ::testing::Values(ReleaseCase{"SetStop", BY_STOP_STATE}, ReleaseCase{"SetStopAndStop", BY_STOP_STATE_AND_STOP},
+                      ReleaseCase{"GraphicsDestroy", BY_RELEASE_OF_THE_SERVICE}),
+    TTMLTest::RowName());
 
-TEST_F(MainThreadUtilsTest, InStopStateNewCallsDoNotRunAndAsyncOnesAreRefused)
+// Queued calls wait through the stop state and run in order after it; new
+// ones do not run meanwhile.
+TEST_F(MainThreadUtilsTest, StopStateHoldsQueuedCallsAndRefusesNewOnes)
 {
     LogCapture log;
-    Call call;
+    std::vector<int> order;
+    Fn first = [&] { order.push_back(1); };
+    Fn second = [&] {
+        order.push_back(2);
+        Quit();
+    };
+    m_pUtils->RunEflSafeCallFunctionAsync("queued", Invoke, &first);
+    m_pUtils->RunEflSafeCallFunctionAsync("queued", Invoke, &second);
     m_pUtils->SetStop(true);
     EXPECT_TRUE(m_pUtils->IsStopped());
+    Call call;
     bool ran = true;
     EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("main", Call::Fn, &call, &ran));
     EXPECT_FALSE(ran);
     void* workerResult = &call;
     int asyncResult = -1;
-    std::thread worker([&] {
+    std::thread([&] {
         workerResult = m_pUtils->RunEflSafeCallFunctionSync("worker", Call::Fn, &call);
         asyncResult = m_pUtils->RunEflSafeCallFunctionAsync("worker-async", Call::Fn, &call);
-    });
-    worker.join();  // returns without any main loop running
+    }).join();  // returns without any main loop running
     EXPECT_EQ(nullptr, workerResult);
     EXPECT_EQ(CMainThreadUtils::ASYNC_STOPPED, asyncResult);
     EXPECT_TRUE(log.Has("worker-async: refused in stop state", DLOG_WARN)) << log.Dump();
-    EXPECT_EQ(0, call.runs.load());
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
+    EXPECT_EQ(2u, m_pUtils->GetPendingCount());
 
-    // Leaving the stop state makes the service usable again.
-    m_pUtils->SetStop(false);
+    auto leave = [&] {
+        EXPECT_TRUE(order.empty()) << "ran during the stop state";
+        m_pUtils->SetStop(false);
+    };
+    After(0.1, &leave);
+    EXPECT_TRUE(RunLoop());
+    EXPECT_EQ((std::vector<int>{1, 2}), order);
+    EXPECT_EQ(0, call.runs.load());
     EXPECT_EQ(&call, m_pUtils->RunEflSafeCallFunctionSync("main", Call::Fn, &call, &ran));
     EXPECT_TRUE(ran);
 }
 
 TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
 {
+    LogCapture log;
+    bool ran = true;
+    EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("nofn", nullptr, nullptr, &ran));
+    EXPECT_FALSE(ran);
+    EXPECT_EQ(CMainThreadUtils::ASYNC_INVALID, m_pUtils->RunEflSafeCallFunctionAsync("nofn", nullptr, nullptr));
+    EXPECT_EQ(2, log.Count("nofn: fn is null", DLOG_WARN));
+
     Call calls[5];
     static int dropped;
     dropped = 0;
@@ -288,53 +259,10 @@ TEST_F(MainThreadUtilsTest, StopDropsQueuedCallsAndHandsTheirDataBack)
     m_pUtils->Stop();
     EXPECT_EQ(5, dropped);
     EXPECT_EQ(0u, m_pUtils->GetPendingCount());
-    Call later;
-    m_pUtils->RunEflSafeCallFunctionAsync("later", [](void* d) -> void* {
-        Call::Fn(d);
-        ecore_main_loop_quit();
-        return nullptr;
-    }, &later);
+    m_pUtils->RunEflSafeCallFunctionAsync("later", Invoke, &m_quit);
     EXPECT_TRUE(RunLoop());
     for (Call& c : calls)
         EXPECT_EQ(0, c.runs.load());
-    EXPECT_EQ(1, later.runs.load());
-}
-
-TEST_F(MainThreadUtilsTest, AsyncCallsQueuedBeforeTheStopStateWaitAndRunAfterIt)
-{
-    std::vector<int> order;
-    struct Item {
-        std::vector<int>* pOrder;
-        int value;
-    } items[3] = {{&order, 1}, {&order, 2}, {&order, 3}};
-    auto fn = [](void* d) -> void* {
-        Item* it = static_cast<Item*>(d);
-        it->pOrder->push_back(it->value);
-        if (it->value == 3)
-            ecore_main_loop_quit();
-        return nullptr;
-    };
-    for (Item& it : items)
-        m_pUtils->RunEflSafeCallFunctionAsync("queued", fn, &it);
-    m_pUtils->SetStop(true);
-    auto leave = [&] {
-        EXPECT_TRUE(order.empty()) << "ran during the stop state";
-        m_pUtils->SetStop(false);
-    };
-    After(0.1, &leave);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<int>{1, 2, 3}), order);
-}
-
-TEST_F(MainThreadUtilsTest, NullFunctionIsRefused)
-{
-    LogCapture log;
-    bool ran = true;
-    EXPECT_EQ(nullptr, m_pUtils->RunEflSafeCallFunctionSync("nofn", nullptr, nullptr, &ran));
-    EXPECT_FALSE(ran);
-    EXPECT_EQ(CMainThreadUtils::ASYNC_INVALID, m_pUtils->RunEflSafeCallFunctionAsync("nofn", nullptr, nullptr));
-    EXPECT_EQ(2, log.Count("nofn: fn is null", DLOG_WARN));
-    EXPECT_EQ(0u, m_pUtils->GetPendingCount());
 }
 
 }  // namespace

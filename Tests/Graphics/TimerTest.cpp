@@ -1,12 +1,15 @@
 #include "ITimer.h"
 #include "LogCapture.h"
 #include "MainLoopFixture.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
+#include <cstdlib>
+#include <map>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using namespace TTML;
@@ -22,226 +25,129 @@ public:
         EXPECT_NE(nullptr, pTimer);
         return pTimer;
     }
-    void Free(ITimer* pTimer) { m_pGraphics->DestroyObject(pTimer); }
 };
 
-// A callback that counts, records "timer" among the test's events, notes the
-// thread, keeps running for `renew` calls and can run an action on a given call.
-struct Probe {
-    int calls = 0;
-    int renew = 0;
-    bool offMainLoop = false;
-    std::vector<std::string> events;
-    std::function<void(Probe&)> onCall;
-
-    static int Cb(void* data)
-    {
-        Probe* p = static_cast<Probe*>(data);
-        ++p->calls;
-        if (!eina_main_loop_is())
-            p->offMainLoop = true;
-        p->events.push_back("timer");
-        if (p->onCall)
-            p->onCall(*p);
-        return p->calls < p->renew ? 1 : 0;
-    }
-};
-
-TEST_F(TimerTest, FiresOnTheMainLoopAndRepeatsUntilTheCallbackReturnsZero)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    probe.renew = 3;  // nonzero twice, then zero
-    probe.onCall = [](Probe& p) {
-        if (p.calls == 3) {
-            // Give a broken timer the chance to fire again before quitting.
-            static auto quit = [] { Quit(); };
-            After(0.1, &quit);
-        }
-    };
-    pTimer->Start(Probe::Cb, 0.01, &probe);
-    EXPECT_EQ(0, probe.calls);  // never at once, not even with a short delay
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(3, probe.calls);
-    EXPECT_FALSE(probe.offMainLoop);
-    Free(pTimer);
-}
-
-TEST_F(TimerTest, StopDisarmsAndStartArmsAgain)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    std::vector<std::string>& events = probe.events;
-    probe.renew = 100;
-    pTimer->Start(Probe::Cb, 0.2, &probe);
-    auto stop = [&] { events.push_back("stop"); pTimer->Stop(); };
-    auto restart = [&] { events.push_back("restart"); pTimer->Start(Probe::Cb, 0.0, &probe); probe.renew = 1; };
-    auto quit = [&] { events.push_back("quit"); Quit(); };
-    After(0.01, &stop);
-    After(0.4, &restart);
-    After(0.6, &quit);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<std::string>{"stop", "restart", "timer", "quit"}), events);
-    Free(pTimer);
-}
-
-TEST_F(TimerTest, StopInsideTheCallbackEndsItWhateverItReturns)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    probe.renew = 100;
-    probe.onCall = [pTimer](Probe&) { pTimer->Stop(); };
-    pTimer->Start(Probe::Cb, 0.01, &probe);
-    auto quit = [] { Quit(); };
-    After(0.3, &quit);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(1, probe.calls);
-    Free(pTimer);
-}
-
-struct PausedCase {
+// One timer driven by steps: "stop", "start S", "pause", "resume",
+// "interval S", "replace S" (stop and destroy it, start a new one: the timer
+// manager's pattern) and "quit" (which gives a broken timer 0.2 s to fire
+// again first). Steps run at a time after the loop starts (a negative time: right
+// after the first Start) or inside the callback's n-th call; every step and
+// every expiry ("timer") is logged in order.
+struct Script {
     const char* name;
-    void (*whilePaused)(ITimer*);
+    double delay;
+    int renew;  // the callback keeps the timer running for its first renew - 1 calls
+    std::vector<std::pair<double, std::string>> steps;
+    std::map<int, std::string> inCallback;
+    const char* events;
 };
 
-void PrintTo(const PausedCase& c, std::ostream* os)
-{
-    *os << c.name;
-}
+class TimerScript : public TimerTest, public ::testing::WithParamInterface<Script> {
+public:
+    void Do(const std::string& step)
+    {
+        const std::string verb = step.substr(0, step.find(' '));
+        const double seconds = std::atof(step.c_str() + verb.size());
+        if (verb != "quit")
+            m_events += " " + verb;
+        if (verb == "stop")
+            m_pTimer->Stop();
+        else if (verb == "start")
+            m_pTimer->Start(Expired_Cb, seconds, this);
+        else if (verb == "pause")
+            m_pTimer->Pause();
+        else if (verb == "resume")
+            m_pTimer->Resume();
+        else if (verb == "interval")
+            m_pTimer->SetInterval(seconds);
+        else if (verb == "replace") {
+            m_pTimer->Stop();
+            m_pGraphics->DestroyObject(m_pTimer);
+            m_pTimer = NewTimer();
+            m_pTimer->Start(Expired_Cb, seconds, this);
+        } else
+            ecore_timer_add(0.2, [](void*) -> Eina_Bool {
+                Quit();
+                return ECORE_CALLBACK_CANCEL;
+            }, nullptr);
+    }
 
-class TimerPaused : public TimerTest, public ::testing::WithParamInterface<PausedCase> {};
+    static int Expired_Cb(void* data)
+    {
+        TimerScript* pSelf = static_cast<TimerScript*>(data);
+        ++pSelf->m_calls;
+        pSelf->m_offMainLoop = pSelf->m_offMainLoop || !eina_main_loop_is();
+        pSelf->m_events += " timer";
+        const Script& c = pSelf->GetParam();
+        auto it = c.inCallback.find(pSelf->m_calls);
+        if (it != c.inCallback.end())
+            pSelf->Do(it->second);
+        return pSelf->m_calls < c.renew ? 1 : 0;
+    }
 
-TEST_P(TimerPaused, WaitsForResume)
+    static Eina_Bool Step_Cb(void* data)
+    {
+        auto* step = static_cast<std::pair<TimerScript*, std::string>*>(data);
+        step->first->Do(step->second);
+        return ECORE_CALLBACK_CANCEL;
+    }
+
+    ITimer* m_pTimer = nullptr;
+    int m_calls = 0;
+    bool m_offMainLoop = false;
+    std::string m_events;
+};
+
+TEST_P(TimerScript, FiresInTheOrderTheStepsSay)
 {
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    std::vector<std::string>& events = probe.events;
-    probe.onCall = [](Probe&) { Quit(); };
-    pTimer->Start(Probe::Cb, 0.05, &probe);
-    pTimer->Pause();
-    GetParam().whilePaused(pTimer);
-    auto resume = [&] { events.push_back("resume"); pTimer->Resume(); };
-    After(0.3, &resume);
+    const Script& c = GetParam();
+    m_pTimer = NewTimer();
+    m_pTimer->Start(Expired_Cb, c.delay, this);
+    EXPECT_EQ(0, m_calls) << "never at once, not even with a short delay";
+    std::vector<std::pair<TimerScript*, std::string>> later;
+    later.reserve(c.steps.size());
+    for (const auto& step : c.steps) {
+        if (step.first < 0) {
+            Do(step.second);
+        } else {
+            later.emplace_back(this, step.second);
+            ecore_timer_add(step.first, Step_Cb, &later.back());
+        }
+    }
     EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<std::string>{"resume", "timer"}), events);
-    Free(pTimer);
+    EXPECT_EQ(c.events, m_events.substr(1));
+    EXPECT_FALSE(m_offMainLoop);
+    m_pGraphics->DestroyObject(m_pTimer);
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Timer, TimerPaused,
-    ::testing::Values(PausedCase{"Once", [](ITimer*) {}},
-                      // A second pause must not need a second resume.
-                      PausedCase{"Twice", [](ITimer* t) { t->Pause(); }},
-                      PausedCase{"ThenSetInterval", [](ITimer* t) { t->SetInterval(0.01); }}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(TimerTest, PauseInsideTheCallbackHoldsTheNextPeriod)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    std::vector<std::string>& events = probe.events;
-    probe.renew = 2;
-    probe.onCall = [pTimer](Probe& p) {
-        if (p.calls == 1)
-            pTimer->Pause();
-        else
-            Quit();
-    };
-    pTimer->Start(Probe::Cb, 0.01, &probe);
-    auto resume = [&] { events.push_back("resume"); pTimer->Resume(); };
-    After(0.3, &resume);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<std::string>{"timer", "resume", "timer"}), events);
-    Free(pTimer);
-}
-
-TEST_F(TimerTest, SetIntervalReArmsFromNow)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    std::vector<std::string>& events = probe.events;
-    probe.onCall = [](Probe&) { Quit(); };
-    pTimer->Start(Probe::Cb, 1000.0, &probe);  // would outlive the watchdog
-    auto shorten = [&] { events.push_back("shorten"); pTimer->SetInterval(0.02); };
-    After(0.01, &shorten);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ((std::vector<std::string>{"shorten", "timer"}), events);
-    Free(pTimer);
-}
-
-// The timer manager's pattern: the callback re-arms its own timer for the
-// next time and keeps it running.
-TEST_F(TimerTest, SetIntervalInsideTheCallbackFiresOncePerArming)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    probe.renew = 3;
-    probe.onCall = [pTimer](Probe& p) {
-        if (p.calls < 3) {
-            pTimer->SetInterval(0.02 * p.calls);
-        } else {
-            static auto quit = [] { Quit(); };
-            After(0.2, &quit);
-        }
-    };
-    pTimer->Start(Probe::Cb, 0.01, &probe);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(3, probe.calls);
-    Free(pTimer);
-}
-
-TEST_F(TimerTest, SetIntervalRevivesATimerThatEnded)
-{
-    ITimer* pTimer = NewTimer();
-    Probe probe;
-    probe.renew = 0;  // ends after every call
-    probe.onCall = [](Probe& p) {
-        if (p.calls == 2)
-            Quit();
-    };
-    pTimer->Start(Probe::Cb, 0.01, &probe);
-    auto revive = [&] {
-        EXPECT_EQ(1, probe.calls);
-        pTimer->SetInterval(0.01);
-    };
-    After(0.2, &revive);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(2, probe.calls);
-    Free(pTimer);
-}
-
-// The timer manager stops and destroys its timer from inside the expiry, then
-// makes and starts a fresh one.
-TEST_F(TimerTest, CallbackMayDestroyItsOwnTimerAndStartAnother)
-{
-    struct Ctx {
-        TimerTest* pTest;
-        ITimer* pFirst;
-        ITimer* pSecond = nullptr;
-        int first = 0, second = 0;
-    } ctx{this, NewTimer()};
-    ctx.pFirst->Start(
-        [](void* d) {
-            Ctx* c = static_cast<Ctx*>(d);
-            ++c->first;
-            c->pFirst->Stop();
-            c->pTest->m_pGraphics->DestroyObject(c->pFirst);
-            c->pSecond = c->pTest->NewTimer();
-            c->pSecond->Start(
-                [](void* d2) {
-                    ++static_cast<Ctx*>(d2)->second;
-                    Quit();
-                    return 0;
-                },
-                0.01, c);
-            return 1;  // must not keep the destroyed timer alive
-        },
-        0.01, &ctx);
-    EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(1, ctx.first);
-    EXPECT_EQ(1, ctx.second);
-    Free(ctx.pSecond);
-}
+    Timer, TimerScript,
+    ::testing::Values(
+        Script{"RepeatsUntilTheCallbackReturnsZero", 0.01, 3, {}, {{3, "quit"}}, "timer timer timer"},
+        Script{"StopDisarmsAndStartArmsAgain", 0.2, 1, {{0.01, "stop"}, {0.4, "start 0"}}, {{1, "quit"}},
+               "stop start timer"},
+        Script{"StopInsideTheCallbackEndsItWhateverItReturns", 0.01, 100, {{0.3, "quit"}}, {{1, "stop"}},
+               "timer stop"},
+        Script{"PausedWaitsForResume", 0.05, 1, {{-1, "pause"}, {0.3, "resume"}}, {{1, "quit"}},
+               "pause resume timer"},
+        // A second pause must not need a second resume.
+        Script{"PausedTwiceWaitsForOneResume", 0.05, 1, {{-1, "pause"}, {-1, "pause"}, {0.3, "resume"}},
+               {{1, "quit"}}, "pause pause resume timer"},
+        Script{"SetIntervalWhilePausedWaitsForResume", 0.05, 1,
+               {{-1, "pause"}, {-1, "interval 0.01"}, {0.3, "resume"}}, {{1, "quit"}},
+               "pause interval resume timer"},
+        Script{"PauseInsideTheCallbackHoldsTheNextPeriod", 0.01, 2, {{0.3, "resume"}}, {{1, "pause"}, {2, "quit"}},
+               "timer pause resume timer"},
+        // 1000 s would outlive the watchdog.
+        Script{"SetIntervalReArmsFromNow", 1000.0, 1, {{0.01, "interval 0.02"}}, {{1, "quit"}}, "interval timer"},
+        // The timer manager's pattern: the callback re-arms its own timer.
+        Script{"SetIntervalInsideTheCallbackFiresOncePerArming", 0.01, 3, {},
+               {{1, "interval 0.02"}, {2, "interval 0.04"}, {3, "quit"}}, "timer interval timer interval timer"},
+        Script{"SetIntervalRevivesATimerThatEnded", 0.01, 0, {{0.2, "interval 0.01"}}, {{2, "quit"}},
+               "timer interval timer"},
+        // The destroyed timer's callback asked to go on: it must not.
+        Script{"CallbackMayReplaceItsOwnTimer", 0.01, 2, {}, {{1, "replace 0.01"}, {2, "quit"}}, "timer replace timer"}),
+    TTMLTest::RowName());
 
 TEST_F(TimerTest, RefusesUseBeforeStartAndOffTheMainLoop)
 {
@@ -249,15 +155,14 @@ TEST_F(TimerTest, RefusesUseBeforeStartAndOffTheMainLoop)
     ITimer* pTimer = NewTimer();
     pTimer->SetInterval(1.0);
     EXPECT_TRUE(log.Has("SetInterval before Start", DLOG_WARN));
-    Probe probe;
-    std::thread worker([&] { pTimer->Start(Probe::Cb, 0.0, &probe); });
-    worker.join();
+    static int calls = 0;
+    std::thread([&] { pTimer->Start([](void*) { return ++calls, 0; }, 0.0, nullptr); }).join();
     EXPECT_TRUE(log.Has("Timer Start refused: not on the main loop", DLOG_WARN)) << log.Dump();
     auto quit = [] { Quit(); };
     After(0.1, &quit);
     EXPECT_TRUE(RunLoop());
-    EXPECT_EQ(0, probe.calls);
-    Free(pTimer);
+    EXPECT_EQ(0, calls);
+    m_pGraphics->DestroyObject(pTimer);
 }
 
 }  // namespace

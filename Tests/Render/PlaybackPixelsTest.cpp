@@ -2,7 +2,7 @@
 // source and the controller shows its text on the canvas from the
 // interval's begin and takes it off at its end, against the media clock.
 
-#include "../Graphics/MainLoopFixture.h"
+#include "RenderFixture.h"
 
 #include "CSourceFeed.h"
 #include "CTTMLSource.h"
@@ -56,16 +56,10 @@ TEST_F(PlaybackPixels, TextIsOnTheCanvasFromBeginToEnd)
     document.msgId = TTML_SOURCE_MSG_XML_DATA;
     document.profile = 2;
     document.url = "played.ttml";
-    document.xmlData =
-        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-        " xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" xmlns:ebuttm=\"urn:ebu:tt:metadata\""
-        " ttp:timeBase=\"media\" xml:lang=\"en\"><head><metadata><ebuttm:documentMetadata>"
-        "<ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
-        "</ebuttm:documentMetadata></metadata><styling><style xml:id=\"s\" tts:color=\"#FFFFFF\""
-        " tts:backgroundColor=\"#000000\"/></styling><layout><region xml:id=\"r\" tts:origin=\"10% 70%\""
-        " tts:extent=\"80% 20%\"/></layout></head><body><div region=\"r\"><p begin=\"00:00:00.400\""
-        " end=\"00:00:00.700\" style=\"s\">Shown from 400 to 700 ms</p></div></body></tt>";
+    document.xmlData = Ebu("<style xml:id=\"s\" tts:color=\"#FFFFFF\" tts:backgroundColor=\"#000000\"/>",
+                           "<region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/>",
+                           "<div region=\"r\"><p begin=\"00:00:00.400\" end=\"00:00:00.700\" style=\"s\">"
+                           "Shown from 400 to 700 ms</p></div>");
     CSourceFeed feed;
     feed.Add(start);
     feed.Add(document);

@@ -3,20 +3,19 @@
 // each time a reference shows, the box of what we draw must overlap the
 // reference's inked area (pixels away from its backdrop colour, one-pixel
 // lines such as the illustration borders some references draw left out).
-// Writes ours | reference pictures to the build tree's render-gallery and
-// prints how many samples agree.
+// Prints how many samples agree.
 
 #include "RenderFixture.h"
 #include "CSourceFeed.h"
 
-#include <dirent.h>
 #include <unistd.h>
-#include <sys/stat.h>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 
 using namespace TTML;
@@ -28,14 +27,8 @@ struct Rect {
     bool Empty() const { return x1 < x0; }
     void Add(double ax0, double ay0, double ax1, double ay1)
     {
-        if (Empty()) {
-            *this = Rect{ax0, ay0, ax1, ay1};
-            return;
-        }
-        x0 = std::min(x0, ax0);
-        y0 = std::min(y0, ay0);
-        x1 = std::max(x1, ax1);
-        y1 = std::max(y1, ay1);
+        *this = Empty() ? Rect{ax0, ay0, ax1, ay1}
+                        : Rect{std::min(x0, ax0), std::min(y0, ay0), std::max(x1, ax1), std::max(y1, ay1)};
     }
     bool Overlaps(const Rect& o) const
     {
@@ -43,21 +36,25 @@ struct Rect {
     }
 };
 
+// Names in a folder, sorted, hidden ones left out.
 std::vector<std::string> List(const std::string& dir)
 {
     std::vector<std::string> names;
-    if (DIR* d = opendir(dir.c_str())) {
-        while (dirent* e = readdir(d))
-            if (e->d_name[0] != '.')
-                names.push_back(e->d_name);
-        closedir(d);
-    }
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(dir, error))
+        if (entry.path().filename().string()[0] != '.')
+            names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
 }
 
+bool EndsWith(const std::string& s, const std::string& end)
+{
+    return s.size() > end.size() && s.compare(s.size() - end.size(), end.size(), end) == 0;
+}
+
 struct Sample {
-    std::string name;      // for the gallery
+    std::string name;
     std::string document;  // path
     unsigned long long timeMs;
     std::string reference;  // PNG path
@@ -65,9 +62,10 @@ struct Sample {
 
 class ReferenceOverlap : public RenderTest {
 public:
-    // The reference's inked area in its own pixels, and its size.
-    Rect Inked(const std::string& png, int& w, int& h)
+    // The reference's inked area in its own pixels, and its width.
+    Rect Inked(const std::string& png, int& w)
     {
+        int h = 0;
         Evas_Object* pImage = evas_object_image_add(m_canvas.GetEvas());
         evas_object_image_file_set(pImage, png.c_str(), nullptr);
         evas_object_image_size_get(pImage, &w, &h);
@@ -77,13 +75,9 @@ public:
             std::map<unsigned int, int> counts;
             for (int i = 0; i < w * h; i += 7)
                 ++counts[p[i] & 0xFFFFFF];
-            unsigned int backdrop = 0;
-            int most = 0;
-            for (const auto& c : counts)
-                if (c.second > most) {
-                    most = c.second;
-                    backdrop = c.first;
-                }
+            const unsigned int backdrop = std::max_element(counts.begin(), counts.end(), [](auto& a, auto& b) {
+                                              return a.second < b.second;
+                                          })->first;
             auto inked = [&](int x, int y) {
                 const unsigned int v = p[y * w + x];
                 int d = 0;
@@ -91,12 +85,16 @@ public:
                     d += std::abs(static_cast<int>((v >> s) & 0xFF) - static_cast<int>((backdrop >> s) & 0xFF));
                 return d > 96;
             };
+            // Inked with an inked neighbour on either axis, but not a line one pixel thick.
             for (int y = 1; y + 1 < h; ++y)
-                for (int x = 1; x + 1 < w; ++x)
-                    if (inked(x, y) && ((inked(x - 1, y) && inked(x + 1, y)) || (inked(x, y - 1) && inked(x, y + 1))) &&
-                        !(inked(x - 1, y) && inked(x + 1, y) && !inked(x, y - 1) && !inked(x, y + 1)) &&
-                        !(inked(x, y - 1) && inked(x, y + 1) && !inked(x - 1, y) && !inked(x + 1, y)))
+                for (int x = 1; x + 1 < w; ++x) {
+                    const bool across = inked(x - 1, y) && inked(x + 1, y);
+                    const bool down = inked(x, y - 1) && inked(x, y + 1);
+                    const bool horizontalLine = across && !inked(x, y - 1) && !inked(x, y + 1);
+                    const bool verticalLine = down && !inked(x - 1, y) && !inked(x + 1, y);
+                    if (inked(x, y) && (across || down) && !horizontalLine && !verticalLine)
                         ink.Add(x, y, x, y);
+                }
         }
         evas_object_del(pImage);
         return ink;
@@ -111,62 +109,29 @@ public:
         std::vector<std::string> files;
         const std::string dir = s.document.substr(0, s.document.rfind('/') + 1);
         for (const std::string& name : List(dir))
-            if (name.size() > 4 && name.compare(name.size() - 4, 4, ".png") == 0)
+            if (EndsWith(name, ".png"))
                 files.push_back(dir + name);
         const bool image = xml.find("profile/imsc1/image") != std::string::npos;
-        TTML::CSubtitleInfo* pInfo = refused ? nullptr : Parse(xml, image ? 1 : -1, files, false);
+        CSubtitleInfo* pInfo = refused ? nullptr : Parse(xml, image ? 1 : -1, files, false);
         refused = refused || !pInfo;
         Rect ours;
         CRenderer* pRenderer = pInfo ? Draw(pInfo, s.timeMs) : nullptr;
-        if (pRenderer) {
-            for (const CRenderer::RegionView& region : Regions(pRenderer)) {
-                int x, y, w, h;
-                if (region.contexts.size() == 1 && !region.contexts.front()) {
-                    static_cast<CTextSurface*>(region.pSurface)->GetScreenRect(&x, &y, &w, &h);
-                    ours.Add(x, y, x + w - 1, y + h - 1);
-                    continue;
-                }
-                for (std::size_t i = 0; i < region.contexts.size(); ++i)
-                    if (CTextContext* pContext = Paragraph(region, i))
-                        if (pContext->GetTextRect(&x, &y, &w, &h) && w > 0 && h > 0 &&
-                            !pContext->GetPlainText().empty())
-                            ours.Add(x, y, x + w - 1, y + h - 1);
+        if (!pRenderer)
+            return ours;
+        for (const CRenderer::RegionView& region : Regions(pRenderer)) {
+            int x, y, w, h;
+            if (region.contexts.size() == 1 && !region.contexts.front()) {
+                static_cast<CTextSurface*>(region.pSurface)->GetScreenRect(&x, &y, &w, &h);
+                ours.Add(x, y, x + w - 1, y + h - 1);
+                continue;
             }
+            for (std::size_t i = 0; i < region.contexts.size(); ++i)
+                if (CTextContext* pContext = Paragraph(region, i))
+                    if (pContext->GetTextRect(&x, &y, &w, &h) && w > 0 && h > 0 && !pContext->GetPlainText().empty())
+                        ours.Add(x, y, x + w - 1, y + h - 1);
         }
-        const unsigned int* pPixels = m_canvas.RenderPixels();
-        m_frame.assign(pPixels, pPixels + 1920 * 1080);
-        if (pRenderer)
-            Destroy(pRenderer);
+        Destroy(pRenderer);
         return ours;
-    }
-
-    // ours | reference, at the reference's size.
-    void Gallery(const Sample& s, int w, int h)
-    {
-        TTML::CHeadlessCanvas sheet;
-        if (!sheet.Initialize(2 * w + 8, h))
-            return;
-        Evas_Object* pBackdrop = evas_object_rectangle_add(sheet.GetEvas());
-        evas_object_color_set(pBackdrop, 128, 128, 128, 255);
-        evas_object_resize(pBackdrop, w, h);
-        evas_object_show(pBackdrop);
-        for (int i = 0; i < 2; ++i) {
-            Evas_Object* pImage = evas_object_image_filled_add(sheet.GetEvas());
-            if (i == 0) {
-                evas_object_image_colorspace_set(pImage, EVAS_COLORSPACE_ARGB8888);
-                evas_object_image_alpha_set(pImage, EINA_TRUE);
-                evas_object_image_size_set(pImage, 1920, 1080);
-                evas_object_image_data_copy_set(pImage, m_frame.data());
-            } else {
-                evas_object_image_file_set(pImage, s.reference.c_str(), nullptr);
-            }
-            evas_object_move(pImage, i * (w + 8), 0);
-            evas_object_resize(pImage, w, h);
-            evas_object_show(pImage);
-        }
-        const std::string gallery = std::string(INTERTITLE_GALLERY);
-        mkdir(gallery.c_str(), 0777);
-        sheet.SavePng(gallery + "/" + s.name + ".png");
     }
 
     // Counts agreement over the samples and prints the figure and the others.
@@ -177,8 +142,8 @@ public:
         int agree = 0;
         std::string differing;
         for (const Sample& s : samples) {
-            int w = 0, h = 0;
-            const Rect ink = Inked(s.reference, w, h);
+            int w = 0;
+            const Rect ink = Inked(s.reference, w);
             bool refused = false;
             Rect ours = Ours(s, refused);
             const double scale = w / 1920.0;
@@ -188,22 +153,12 @@ public:
             agree += same ? 1 : 0;
             if (!same)
                 differing += " " + s.name + (refused ? "(refused)" : "");
-            Gallery(s, w, h);
-            // One sample's renderers and documents at a time.
-            TearDownSample();
+            CTTMLMenu::Destroy();  // one sample's menu record at a time
         }
         std::printf("%s reference overlap: %d of %zu samples agree; differing:%s\n", suite, agree, samples.size(),
                     differing.c_str());
         RecordProperty(std::string(suite) + "_agree", agree);
         EXPECT_GE(agree, static_cast<int>(floor * static_cast<double>(samples.size()))) << differing;
-    }
-
-private:
-    std::vector<unsigned int> m_frame;  // our drawing of the current sample
-
-    void TearDownSample()
-    {
-        TTML::CTTMLMenu::Destroy();
     }
 };
 
@@ -213,33 +168,28 @@ TEST_F(ReferenceOverlap, IrtEbuTtDSamples)
     std::vector<Sample> samples;
     for (const std::string& png : List(root + "png")) {
         // <doc>-image.png shows the first subtitle; <doc>-N-image.png the N-th change.
-        std::string stem = png.substr(0, png.size() - std::string("-image.png").size());
-        int nth = 0;
+        const std::string stem = png.substr(0, png.size() - std::string("-image.png").size());
+        std::size_t nth = 0;
         const std::string::size_type dash = stem.rfind('-');
         std::string document = root + "ttml/" + stem + "-ttml.xml";
         if (access(document.c_str(), R_OK) != 0 && dash != std::string::npos) {
-            nth = std::atoi(stem.c_str() + dash + 1) - 1;
+            nth = static_cast<std::size_t>(std::atoi(stem.c_str() + dash + 1) - 1);
             document = root + "ttml/" + stem.substr(0, dash) + "-ttml.xml";
         }
         if (access(document.c_str(), R_OK) != 0)
             continue;
-        samples.push_back(Sample{"irt-" + stem, document, 10000, root + "png/" + png});
-        samples.back().timeMs = static_cast<unsigned long long>(nth);  // resolved below
-    }
-    // The N-th distinct begin of each document.
-    for (Sample& s : samples) {
+        // The N-th distinct begin of the document.
         std::string xml;
-        CSourceFeed::ReadFile(s.document, xml);
-        TTML::CSubtitleInfo* pInfo = Parse(xml, -1, {}, false);
+        CSourceFeed::ReadFile(document, xml);
         std::set<CSubtitleInfo::TimeInterval> keys;
-        if (pInfo)
+        if (CSubtitleInfo* pInfo = Parse(xml, -1, {}, false))
             pInfo->GetUniqueKeys(keys);
         std::vector<unsigned long long> begins;
         for (const auto& k : keys)
             if (begins.empty() || begins.back() != k.first)
                 begins.push_back(k.first);
-        const std::size_t nth = static_cast<std::size_t>(s.timeMs);
-        s.timeMs = nth < begins.size() ? begins[nth] : 10000;
+        samples.push_back(Sample{"irt-" + stem, document, nth < begins.size() ? begins[nth] : 10000,
+                                 root + "png/" + png});
     }
     Run("IRT EBU-TT-D", samples, 0.8);
 }
@@ -250,7 +200,7 @@ TEST_F(ReferenceOverlap, W3cImsc1Samples)
     std::map<std::string, std::string> documents;  // test name -> path
     for (const std::string& feature : List(root + "ttml"))
         for (const std::string& file : List(root + "ttml/" + feature))
-            if (file.size() > 5 && file.compare(file.size() - 5, 5, ".ttml") == 0)
+            if (EndsWith(file, ".ttml"))
                 documents[file.substr(0, file.size() - 5)] = root + "ttml/" + feature + "/" + file;
     std::vector<Sample> samples;
     for (const std::string& test : List(root + "png")) {
@@ -261,12 +211,10 @@ TEST_F(ReferenceOverlap, W3cImsc1Samples)
         std::vector<std::string> pictures = List(root + "png/" + test);
         if (pictures.size() > 4)
             pictures = {pictures[0], pictures[pictures.size() / 3], pictures[2 * pictures.size() / 3], pictures.back()};
-        for (const std::string& png : pictures) {
-            const double seconds = std::strtod(png.c_str(), nullptr);
+        for (const std::string& png : pictures)
             samples.push_back(Sample{"w3c-" + test + "-" + png.substr(0, png.size() - 4), it->second,
-                                     static_cast<unsigned long long>(seconds * 1000 + 0.5),
+                                     static_cast<unsigned long long>(std::strtod(png.c_str(), nullptr) * 1000 + 0.5),
                                      root + "png/" + test + "/" + png});
-        }
     }
     Run("W3C IMSC 1", samples, 0.5);
 }

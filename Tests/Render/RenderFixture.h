@@ -25,6 +25,8 @@
 // interval; the caption menu record is reset after each test.
 class RenderTest : public MainLoopTest {
 public:
+    typedef PixelBox Box;
+
     void SetUp() override
     {
         MainLoopTest::SetUp();
@@ -42,14 +44,19 @@ public:
         MainLoopTest::TearDown();
     }
 
-    // Null (and a test failure) when refused. files: images packed as a
-    // source sends them; profile as the transport says (-1: from the document).
+    // Null (and a test failure unless mustAccept is false) when refused.
+    // files: images packed as a source sends them; profile as the transport
+    // says (-1: from the document).
     TTML::CSubtitleInfo* Parse(const std::string& xml, int profile = -1, const std::vector<std::string>& files = {},
                                bool mustAccept = true)
     {
         TTML::CSubtitleInfo* pInfo = nullptr;
         TTML::CParser parser;
-        parser.Initialize(1, &Parsed_Cb, &pInfo);
+        parser.Initialize(1, [](int msgId, void* data) {
+            auto* pData = static_cast<TTML::ParserCallbackData*>(data);
+            if (msgId == 0 && pData)
+                *static_cast<TTML::CSubtitleInfo**>(pData->pUserData) = pData->pSubtitleInfo;
+        }, &pInfo);
         auto* pRecord = new TTML::SubRawData();
         pRecord->profile = profile;
         pRecord->xmlData = xml;
@@ -84,9 +91,8 @@ public:
     TTML::CRenderer* Make(const std::list<TTML::CElementSPTR>& elements, bool fontScale = false)
     {
         m_lists.push_back(elements);
-        TTML::CRenderer* pRenderer = m_pEngine->CreateRenderer(&m_lists.back(), fontScale);
-        m_renderers.push_back(pRenderer);
-        return pRenderer;
+        m_renderers.push_back(m_pEngine->CreateRenderer(&m_lists.back(), fontScale));
+        return m_renderers.back();
     }
 
     // Renders the document at timeMs; null when nothing is shown then.
@@ -113,6 +119,14 @@ public:
         return regions;
     }
 
+    // The first region's surface on the screen: x, y, w, h.
+    static std::vector<int> RegionRect(const TTML::CRenderer* pRenderer)
+    {
+        std::vector<int> r(4);
+        static_cast<TTML::CTextSurface*>(Regions(pRenderer).front().pSurface)->GetScreenRect(&r[0], &r[1], &r[2], &r[3]);
+        return r;
+    }
+
     static TTML::CTextContext* Paragraph(const TTML::CRenderer::RegionView& region, std::size_t index)
     {
         auto it = region.contexts.begin();
@@ -122,31 +136,21 @@ public:
                    : dynamic_cast<TTML::CTextContext*>(static_cast<TTML::ITextContext*>(*it));
     }
 
-    typedef PixelBox Box;
-
-    // Pixels of the canvas for which match(argb) holds, in (x, y, w, h).
+    // Pixels of the canvas for which match(argb) holds.
     template <typename F>
-    Box Find(F match, int x = 0, int y = 0, int w = 1920, int h = 1080)
+    Box Find(F match)
     {
-        return PixelBox::Find(m_canvas.RenderPixels(), match, x, y, w, h);
+        return PixelBox::Find(m_canvas.RenderPixels(), match, 0, 0, 1920, 1080);
     }
 
-    Box FindColour(unsigned int argb, int x = 0, int y = 0, int w = 1920, int h = 1080)
+    Box FindColour(unsigned int argb)
     {
-        return Find([argb](unsigned int p) { return p == argb; }, x, y, w, h);
+        return Find([argb](unsigned int p) { return p == argb; });
     }
 
     std::unique_ptr<TTML::CGraphicsEngine> m_pEngine;
 
 private:
-    static void Parsed_Cb(int msgId, void* data)
-    {
-        if (msgId == 0 && data) {
-            auto* pData = static_cast<TTML::ParserCallbackData*>(data);
-            *static_cast<TTML::CSubtitleInfo**>(pData->pUserData) = pData->pSubtitleInfo;
-        }
-    }
-
     std::list<std::unique_ptr<TTML::CSubtitleInfo>> m_documents;
     std::list<std::list<TTML::CElementSPTR>> m_lists;
     std::list<TTML::CRenderer*> m_renderers;
@@ -164,6 +168,13 @@ inline std::string Ebu(const std::string& styles, const std::string& regions, co
            "urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard></ebuttm:documentMetadata></metadata>"
            "<styling>" + styles + "</styling><layout>" + regions + "</layout></head><body>" + body +
            "</body></tt>";
+}
+
+// One paragraph from 1 s to 2 s in region r of the given geometry.
+inline std::string EbuOne(const std::string& styles, const std::string& region, const std::string& paragraph)
+{
+    return Ebu(styles, "<region xml:id=\"r\" " + region + "/>",
+               "<div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\"" + paragraph + "</p></div>");
 }
 
 #endif

@@ -1,7 +1,5 @@
 intertitle_test(test_render DIR ${CMAKE_CURRENT_LIST_DIR} LINKS ttml_controller ttml_graphics ttml_image ttml_source EFL)
 if(TARGET test_render)
-  # Side-by-side pictures of our drawing and the reference suites' renderings.
-  target_compile_definitions(test_render PRIVATE INTERTITLE_GALLERY="${CMAKE_BINARY_DIR}/render-gallery")
   if(TARGET ttml_tool_support)
     target_link_libraries(test_render PRIVATE ttml_tool_support)
   endif()

@@ -41,15 +41,7 @@ std::vector<Entry> ReadTimeline(const std::string& path)
     return entries;
 }
 
-// Pixels of a frame that differ from the same pixel of `ref` (the picture
-// before the subtitle), whether all of them lie inside `box` (x0, y0, x1, y1), and the
-// colour at `probe` (x, y).
-struct Ink {
-    long count = 0;
-    bool inside = true;
-    unsigned int probe = 0;
-};
-
+// A saved 1920x1080 frame's pixels.
 std::vector<unsigned int> Pixels(TTML::CHeadlessCanvas& canvas, const std::string& file)
 {
     Evas_Object* img = evas_object_image_add(canvas.GetEvas());
@@ -65,17 +57,17 @@ std::vector<unsigned int> Pixels(TTML::CHeadlessCanvas& canvas, const std::strin
     return out;
 }
 
-Ink InkOf(const std::vector<unsigned int>& px, const std::vector<unsigned int>& ref, const int box[4],
-          const int probe[2])
+// How many pixels differ from `ref` (the picture without the subtitle) and
+// whether all of them lie inside `box` (x0, y0, x1, y1).
+std::pair<long, bool> InkOf(const std::vector<unsigned int>& px, const std::vector<unsigned int>& ref, const int box[4])
 {
-    Ink ink;
+    std::pair<long, bool> ink{0, true};
     for (int y = 0; y < 1080; ++y)
         for (int x = 0; x < 1920; ++x)
             if (px[y * 1920 + x] != ref[y * 1920 + x]) {
-                ++ink.count;
-                ink.inside = ink.inside && x >= box[0] && x < box[2] && y >= box[1] && y < box[3];
+                ++ink.first;
+                ink.second = ink.second && x >= box[0] && x < box[2] && y >= box[1] && y < box[3];
             }
-    ink.probe = px[probe[1] * 1920 + probe[0]] & 0xffffff;
     return ink;
 }
 
@@ -134,15 +126,16 @@ TEST_P(UgHost, FramesShowTheSubtitleFromItsBeginAndNothingAfterItsEnd)
     // video's resize and the subtitle can land in one change.
     const std::vector<unsigned int> before = Pixels(canvas, dir + "/" + timeline[drawn - 1].frame);
     const std::vector<unsigned int> after = Pixels(canvas, dir + "/" + timeline[removed].frame);
-    const int probe[2] = {10, 760};
-    Ink shown = InkOf(Pixels(canvas, dir + "/" + timeline[drawn].frame), after, c.region, probe);
-    EXPECT_GT(shown.count, 1000);
-    EXPECT_TRUE(shown.inside);
-    EXPECT_EQ(c.probe, shown.probe);
+    const std::vector<unsigned int> shown = Pixels(canvas, dir + "/" + timeline[drawn].frame);
+    const std::size_t probe = 760 * 1920 + 10;
+    const std::pair<long, bool> ink = InkOf(shown, after, c.region);
+    EXPECT_GT(ink.first, 1000);
+    EXPECT_TRUE(ink.second);
+    EXPECT_EQ(c.probe, shown[probe] & 0xffffff);
     // Nothing left after the end: the same picture as before the subtitle,
     // when the video had settled by then.
-    if (InkOf(before, before, c.region, probe).probe == c.probe) {
-        EXPECT_EQ(0, InkOf(after, before, c.region, probe).count);
+    if ((before[probe] & 0xffffff) == c.probe) {
+        EXPECT_EQ(0, InkOf(after, before, c.region).first);
     }
     canvas.Destroy();
     std::ifstream sheet(dir + "/contact-sheet.png");
