@@ -3,11 +3,12 @@
 // style, region and agent registries.
 
 #include "CAgentInfo.h"
+#include "CEBUAttrHandler.h"
 #include "CElement.h"
 #include "CElementHandler.h"
+#include "CIMSCAttrHandler.h"
 #include "CStyleRegionInfo.h"
 #include "LogCapture.h"
-#include "TestAttrHandler.h"
 #include "RowPrinter.h"
 
 #include <gtest/gtest.h>
@@ -102,15 +103,16 @@ TEST_F(ElementTest, NullParentWithoutHandlerLeavesTheMapAndWarns)
 
 TEST_F(ElementTest, NullParentTakesExactlyTheDefaultsOfTheLastInstalledHandler)
 {
-    TestAttrHandler first(true, {{ATTR_COLOR, "#ffffff"}, {ATTR_SHOWBACKGROUND, "always"}});
-    TestAttrHandler second(false, {{ATTR_FONTSIZE, "100%"}});
+    CIMSCAttrHandler first;
+    CEBUAttrHandler second;
     CElement::SetAttributeHandler(&first);
     CElement::SetAttributeHandler(&second);
 
     auto e = Make(ELEM_BODY, {{ATTR_LANG, "en"}});
     CElementSPTR none;
     e->CreateFromParent(none);
-    EXPECT_EQ((AttrMap{{ATTR_FONTSIZE, "100%"}}), e->GetAttrMap());
+    EXPECT_EQ(second.GetDefaultAttrValues(), e->GetAttrMap());
+    EXPECT_NE(first.GetDefaultAttrValues(), e->GetAttrMap());
     EXPECT_EQ(nullptr, e->GetParent());
 }
 
