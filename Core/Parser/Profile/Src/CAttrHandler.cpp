@@ -76,9 +76,9 @@ bool IsPlainClockTime(const std::string& value)
 }
 
 constexpr const char* kRoles[] = {
-    "action",      "caption",      "description", "dialog",   "expletive", "kinesic",
-    "lyrics",      "music",        "narration",   "quality",  "sound",     "source",
-    "suppressed",  "reproduction", "thought",     "title",    "transcription", "extension-role",
+    "action",         "caption",        "description",    "dialog",         "expletive",      "kinesic",
+    "lyrics",         "music",          "narration",      "quality",        "sound",          "source",
+    "suppressed",     "reproduction",   "thought",        "title",          "transcription",  "extension-role",
 };
 
 }  // namespace
@@ -151,7 +151,7 @@ bool CAttrHandler::IsAppliesTo(int attr, int elem) const
         TTML_WARN("Invalid parameters");
         return false;
     }
-    return (m_appliesTo[attr] >> elem) & 1u;
+    return ((m_appliesTo[attr] >> elem) & 1u) != 0;
 }
 
 void CAttrHandler::m_AddRow(int attr, const char* defaultValue, bool inherited, TTMLElemSet appliesTo)
