@@ -2,13 +2,15 @@
 #define TTML_PARSER_PROFILE_CATTRHANDLER_H
 
 #include "CAttrMap.h"
+#include "TAttrRow.h"
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
 #include "TTMLTypes.h"
 
 #include <bitset>
+#include <cstddef>
+#include <iterator>
 #include <list>
-#include <map>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -19,9 +21,9 @@ class CSubtitleInfo;
 class IMutex;
 
 // What a profile knows about attributes: names, defaults, inheritance,
-// applies-to, and the common value checks its ValidateAttribute combines.
-// A profile handler fills the tables once in its constructor from the keys
-// of kTTMLAttrKeys; they do not change afterwards.
+// applies-to, and the common value checks its rows name. A profile handler
+// derives the tables once in its constructor from its one table of rows
+// (t_LoadRows); they do not change afterwards.
 // Threads: everything is used by the parser thread only, except the
 // downloadable-fonts list, which the source's message thread replaces and
 // which is therefore guarded by a mutex.
@@ -60,18 +62,38 @@ public:
     bool IsAppliesTo(int attr, int elem) const;
 
 protected:
-    // Table filling for the profile handlers' constructors.
-    // Names `attr` with its key from kTTMLAttrKeys.
-    void t_NameAttribute(int attr);
-    void t_SetDefaultAttrValue(int attr, const std::string& value);
-    void t_SetInheritable(int attr, bool inheritable);
-    void t_SetAppliesTo(int attr, int elem, bool applies);
+    // Derives the names, defaults, inheritance and applies-to tables from a
+    // profile's rows (TAttrRow), and puts each row's check at its number in
+    // `checks`; numbers without a row keep no check. For the profile
+    // handler's constructor; the tables do not change afterwards.
+    template <class THandler, size_t N>
+    void t_LoadRows(const TAttrRow<THandler> (&rows)[N],
+                    typename TAttrRow<THandler>::Check (&checks)[TTML_ATTR_COUNT])
+    {
+        for (const TAttrRow<THandler>& row : rows) {
+            m_AddRow(row.attr, row.defaultValue, row.inherited, row.appliesTo);
+            checks[row.attr] = row.check;
+        }
+        // Every parentless element copies the defaults, on whichever parser
+        // thread walks it.
+        m_defaultValues.Freeze();
+    }
 
     // Copy taken under the mutex.
     std::list<std::string> t_GetDownloadableFontsInfo() const;
 
     // The common checks. Those that lower-case or trim change `value` in
     // place; the caller stores the changed text. Codes are TTMLErrorCode.
+    // Rows name them directly.
+
+    // Lower-cases `value`; ERR_NONE when it is one of `Words` (an array of
+    // C strings), else ERR_IGNORE.
+    template <const auto& Words>
+    static int t_OneOf(std::string& value)
+    {
+        return m_LowerKeyword(value, Words, std::size(Words));
+    }
+
     static bool t_ValidateBooleanValues(std::string& value);
     static int t_ValidateFillLineGap(std::string& value);
     static int t_ValidateXmlSpace(std::string& value);
@@ -113,10 +135,13 @@ protected:
     static bool t_SpaceSeparatedIntegersValidation(std::string& value);
 
 private:
+    static int m_LowerKeyword(std::string& value, const char* const* words, size_t count);
+    void m_AddRow(int attr, const char* defaultValue, bool inherited, TTMLElemSet appliesTo);
+
     // Looked up for every attribute of every element.
     std::unordered_map<std::string, int> m_attrNameMap;
     std::vector<std::string> m_attrNames;
-    std::vector<std::bitset<TTML_ELEM_COUNT>> m_appliesTo;
+    TTMLElemSet m_appliesTo[TTML_ATTR_COUNT] = {};
     CAttrMap m_defaultValues;
     std::bitset<TTML_ATTR_COUNT> m_inheritable;
     int m_profile = TTML_PROFILE_NONE;

@@ -4,7 +4,10 @@
 // Attribute numbers, their keys and the result codes of attribute checks and
 // document-walk handlers. The keys are the lower-case local names (no
 // namespace prefix) that the walker looks up; a profile handler names the
-// subset it knows by picking numbers from kTTMLAttrKeys.
+// subset it knows by the rows of its attribute table (TAttrRow).
+
+#include <array>
+#include <iterator>
 
 namespace TTML {
 
@@ -72,39 +75,122 @@ enum TTMLAttr {
 // Number of attribute numbers (0 .. TTML_ATTR_COUNT - 1).
 constexpr int TTML_ATTR_COUNT = ATTR_TIMECONTAINER + 1;
 
-// Key of each attribute number; "" for ATTR_TEXT, which is never read from
-// an XML attribute.
-inline constexpr const char* kTTMLAttrKeys[TTML_ATTR_COUNT] = {
-    "begin",               "dur",
-    "end",                 "linepadding",
-    "multirowalign",       "region",
-    "style",               "",
-    "agent",               "conformstostandard",
-    "framerate",           "frameratemultiplier",
-    "role",                "cellresolution",
-    "clockmode",           "dropmode",
-    "markermode",          "pixelaspectratio",
-    "profile",             "subframerate",
-    "tickrate",            "timebase",
-    "backgroundcolor",     "direction",
-    "display",             "displayalign",
-    "extent",              "color",
-    "fontfamily",          "fontsize",
-    "fontstyle",           "fontweight",
-    "lineheight",          "opacity",
-    "origin",              "overflow",
-    "padding",             "parabackgroundcolor",
-    "regionbackgroundcolor", "showbackground",
-    "textalign",           "textdecoration",
-    "textoutline",         "unicodebidi",
-    "visibility",          "wrapoption",
-    "writingmode",         "zindex",
-    "id",                  "lang",
-    "space",               "alttext",
-    "aspectratio",         "progressivelydecodable",
-    "backgroundimage",     "forceddisplay",
-    "filllinegap",         "timecontainer",
+// The key of each attribute number, one row each; "" for ATTR_TEXT, which
+// is never read from an XML attribute.
+struct TTMLAttrKey {
+    TTMLAttr attr;
+    const char* key;
 };
+
+inline constexpr TTMLAttrKey kTTMLAttrKeyRows[] = {
+    {ATTR_BEGIN,                  "begin"},
+    {ATTR_DUR,                    "dur"},
+    {ATTR_END,                    "end"},
+    {ATTR_LINEPADDING,            "linepadding"},
+    {ATTR_MULTIROWALIGN,          "multirowalign"},
+    {ATTR_REGION,                 "region"},
+    {ATTR_STYLE,                  "style"},
+    {ATTR_TEXT,                   ""},
+    {ATTR_AGENT,                  "agent"},
+    {ATTR_CONFORMSTOSTANDARD,     "conformstostandard"},
+    {ATTR_FRAMERATE,              "framerate"},
+    {ATTR_FRAMERATEMULTIPLIER,    "frameratemultiplier"},
+    {ATTR_ROLE,                   "role"},
+    {ATTR_CELLRESOLUTION,         "cellresolution"},
+    {ATTR_CLOCKMODE,              "clockmode"},
+    {ATTR_DROPMODE,               "dropmode"},
+    {ATTR_MARKERMODE,             "markermode"},
+    {ATTR_PIXELASPECTRATIO,       "pixelaspectratio"},
+    {ATTR_PROFILE,                "profile"},
+    {ATTR_SUBFRAMERATE,           "subframerate"},
+    {ATTR_TICKRATE,               "tickrate"},
+    {ATTR_TIMEBASE,               "timebase"},
+    {ATTR_BACKGROUNDCOLOR,        "backgroundcolor"},
+    {ATTR_DIRECTION,              "direction"},
+    {ATTR_DISPLAY,                "display"},
+    {ATTR_DISPLAYALIGN,           "displayalign"},
+    {ATTR_EXTENT,                 "extent"},
+    {ATTR_COLOR,                  "color"},
+    {ATTR_FONTFAMILY,             "fontfamily"},
+    {ATTR_FONTSIZE,               "fontsize"},
+    {ATTR_FONTSTYLE,              "fontstyle"},
+    {ATTR_FONTWEIGHT,             "fontweight"},
+    {ATTR_LINEHEIGHT,             "lineheight"},
+    {ATTR_OPACITY,                "opacity"},
+    {ATTR_ORIGIN,                 "origin"},
+    {ATTR_OVERFLOW,               "overflow"},
+    {ATTR_PADDING,                "padding"},
+    {ATTR_PARABACKGROUNDCOLOR,    "parabackgroundcolor"},
+    {ATTR_REGIONBACKGROUNDCOLOR,  "regionbackgroundcolor"},
+    {ATTR_SHOWBACKGROUND,         "showbackground"},
+    {ATTR_TEXTALIGN,              "textalign"},
+    {ATTR_TEXTDECORATION,         "textdecoration"},
+    {ATTR_TEXTOUTLINE,            "textoutline"},
+    {ATTR_UNICODEBIDI,            "unicodebidi"},
+    {ATTR_VISIBILITY,             "visibility"},
+    {ATTR_WRAPOPTION,             "wrapoption"},
+    {ATTR_WRITINGMODE,            "writingmode"},
+    {ATTR_ZINDEX,                 "zindex"},
+    {ATTR_ID,                     "id"},
+    {ATTR_LANG,                   "lang"},
+    {ATTR_SPACE,                  "space"},
+    {ATTR_ALTTEXT,                "alttext"},
+    {ATTR_ASPECTRATIO,            "aspectratio"},
+    {ATTR_PROGRESSIVELYDECODABLE, "progressivelydecodable"},
+    {ATTR_BACKGROUNDIMAGE,        "backgroundimage"},
+    {ATTR_FORCEDDISPLAY,          "forceddisplay"},
+    {ATTR_FILLLINEGAP,            "filllinegap"},
+    {ATTR_TIMECONTAINER,          "timecontainer"},
+};
+
+namespace AttrKeyCheck {
+
+constexpr bool SameText(const char* a, const char* b)
+{
+    while (*a && *a == *b) {
+        ++a;
+        ++b;
+    }
+    return *a == *b;
+}
+
+// Row n names number n, and only the text slot goes without a key.
+constexpr bool RowsInNumberOrder()
+{
+    for (int n = 0; n < TTML_ATTR_COUNT; ++n) {
+        if (kTTMLAttrKeyRows[n].attr != n || (n == ATTR_TEXT) != (kTTMLAttrKeyRows[n].key[0] == '\0'))
+            return false;
+    }
+    return true;
+}
+
+constexpr bool KeysDistinct()
+{
+    for (int a = 0; a < TTML_ATTR_COUNT; ++a) {
+        for (int b = a + 1; b < TTML_ATTR_COUNT; ++b) {
+            if (SameText(kTTMLAttrKeyRows[a].key, kTTMLAttrKeyRows[b].key))
+                return false;
+        }
+    }
+    return true;
+}
+
+constexpr std::array<const char*, TTML_ATTR_COUNT> KeysByNumber()
+{
+    std::array<const char*, TTML_ATTR_COUNT> keys{};
+    for (const TTMLAttrKey& row : kTTMLAttrKeyRows)
+        keys[row.attr] = row.key;
+    return keys;
+}
+
+}  // namespace AttrKeyCheck
+
+static_assert(std::size(kTTMLAttrKeyRows) == TTML_ATTR_COUNT, "one key row per attribute number");
+static_assert(AttrKeyCheck::RowsInNumberOrder(), "a key row out of number order, or a key missing");
+static_assert(AttrKeyCheck::KeysDistinct(), "two attribute numbers share a key");
+
+// Key by attribute number, taken from the rows.
+inline constexpr std::array<const char*, TTML_ATTR_COUNT> kTTMLAttrKeys = AttrKeyCheck::KeysByNumber();
 
 // Results of attribute checks and of the walker's element handlers.
 enum TTMLErrorCode {

@@ -12,26 +12,11 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
-#include <iterator>
 #include <limits>
 
 namespace TTML {
 
 namespace {
-
-template <size_t N>
-bool IsOneOf(const std::string& value, const char* const (&words)[N])
-{
-    return std::any_of(std::begin(words), std::end(words), [&value](const char* w) { return value == w; });
-}
-
-// Lower-cases `value` and checks it against a keyword list.
-template <size_t N>
-int LowerKeyword(std::string& value, const char* const (&words)[N])
-{
-    StrToLower(value);
-    return IsOneOf(value, words) ? ERR_NONE : ERR_IGNORE;
-}
 
 bool EndsWith(const std::string& value, char c)
 {
@@ -90,15 +75,15 @@ bool IsPlainClockTime(const std::string& value)
     return true;
 }
 
-const char* const kRoles[] = {"action",   "caption",  "description", "dialog",     "expletive",
-                              "kinesic",  "lyrics",   "music",       "narration",  "quality",
-                              "sound",    "source",   "suppressed",  "reproduction", "thought",
-                              "title",    "transcription", "extension-role"};
+constexpr const char* kRoles[] = {
+    "action",         "caption",        "description",    "dialog",         "expletive",      "kinesic",
+    "lyrics",         "music",          "narration",      "quality",        "sound",          "source",
+    "suppressed",     "reproduction",   "thought",        "title",          "transcription",  "extension-role",
+};
 
 }  // namespace
 
-CAttrHandler::CAttrHandler()
-    : m_attrNames(TTML_ATTR_COUNT), m_appliesTo(TTML_ATTR_COUNT)
+CAttrHandler::CAttrHandler() : m_attrNames(TTML_ATTR_COUNT)
 {
     m_inheritable.set();
     m_pFontsMutex = IMutex::Create();
@@ -166,40 +151,30 @@ bool CAttrHandler::IsAppliesTo(int attr, int elem) const
         TTML_WARN("Invalid parameters");
         return false;
     }
-    return m_appliesTo[attr][elem];
+    return ((m_appliesTo[attr] >> elem) & 1u) != 0;
 }
 
-void CAttrHandler::t_NameAttribute(int attr)
+void CAttrHandler::m_AddRow(int attr, const char* defaultValue, bool inherited, TTMLElemSet appliesTo)
 {
-    if (attr < 0 || attr >= TTML_ATTR_COUNT || kTTMLAttrKeys[attr][0] == '\0')
-        return;
-    m_attrNames[attr] = kTTMLAttrKeys[attr];
-    m_attrNameMap[kTTMLAttrKeys[attr]] = attr;
-}
-
-void CAttrHandler::t_SetDefaultAttrValue(int attr, const std::string& value)
-{
-    if (attr >= 0 && attr < TTML_ATTR_COUNT) {
-        m_defaultValues.Set(attr, value);
-        // Every parentless element copies the defaults, on whichever
-        // parser thread walks it.
-        m_defaultValues.Freeze();
+    const char* key = kTTMLAttrKeys[attr];
+    if (key[0] != '\0') {
+        m_attrNames[attr] = key;
+        m_attrNameMap[key] = attr;
     }
-}
-
-void CAttrHandler::t_SetInheritable(int attr, bool inheritable)
-{
-    if (attr >= 0 && attr < TTML_ATTR_COUNT)
-        m_inheritable[attr] = inheritable;
-}
-
-void CAttrHandler::t_SetAppliesTo(int attr, int elem, bool applies)
-{
-    if (attr >= 0 && attr < TTML_ATTR_COUNT && elem >= 0 && elem < TTML_ELEM_COUNT)
-        m_appliesTo[attr][elem] = applies;
+    if (defaultValue)
+        m_defaultValues.Set(attr, defaultValue);
+    m_inheritable[attr] = inherited;
+    m_appliesTo[attr] = appliesTo;
 }
 
 // ---- Common checks ------------------------------------------------------
+
+int CAttrHandler::m_LowerKeyword(std::string& value, const char* const* words, size_t count)
+{
+    StrToLower(value);
+    return std::any_of(words, words + count, [&value](const char* w) { return value == w; }) ? ERR_NONE
+                                                                                              : ERR_IGNORE;
+}
 
 bool CAttrHandler::t_ValidateBooleanValues(std::string& value)
 {
@@ -214,73 +189,73 @@ int CAttrHandler::t_ValidateFillLineGap(std::string& value)
 
 int CAttrHandler::t_ValidateXmlSpace(std::string& value)
 {
-    static const char* const kWords[] = {"default", "preserve"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"default", "preserve"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateRole(std::string& value)
 {
-    return LowerKeyword(value, kRoles);
+    return t_OneOf<kRoles>(value);
 }
 
 int CAttrHandler::t_ValidateWrapOption(std::string& value)
 {
-    static const char* const kWords[] = {"wrap", "nowrap"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"wrap", "nowrap"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateTextAlign(std::string& value)
 {
-    static const char* const kWords[] = {"left", "center", "right", "start", "end"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"left", "center", "right", "start", "end"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateShowBackground(std::string& value)
 {
-    static const char* const kWords[] = {"always", "whenactive"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"always", "whenactive"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateFontWeight(std::string& value)
 {
-    static const char* const kWords[] = {"normal", "bold"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"normal", "bold"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateDisplayAlign(std::string& value)
 {
-    static const char* const kWords[] = {"before", "center", "after"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"before", "center", "after"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateMultiRowAlign(std::string& value)
 {
-    static const char* const kWords[] = {"start", "center", "end", "auto"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"start", "center", "end", "auto"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateDirection(std::string& value)
 {
-    static const char* const kWords[] = {"ltr", "rtl"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"ltr", "rtl"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateWritingMode(std::string& value)
 {
-    static const char* const kWords[] = {"lrtb", "rltb", "tbrl", "tblr", "lr", "rl", "tb"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"lrtb", "rltb", "tbrl", "tblr", "lr", "rl", "tb"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateUnicodeBidi(std::string& value)
 {
-    static const char* const kWords[] = {"normal", "embed", "bidioverride"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"normal", "embed", "bidioverride"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateOverflow(std::string& value)
 {
-    static const char* const kWords[] = {"visible", "hidden"};
-    return LowerKeyword(value, kWords);
+    static constexpr const char* kWords[] = {"visible", "hidden"};
+    return t_OneOf<kWords>(value);
 }
 
 int CAttrHandler::t_ValidateTimeBase(std::string& value)

@@ -44,15 +44,6 @@ bool IsPlainOffsetTime(const std::string& value)
     return rest == 2 && unit == 'm' && value[i + 1] == 's';
 }
 
-template <size_t N>
-int LowerKeyword(std::string& value, const char* const (&words)[N])
-{
-    StrToLower(value);
-    return std::any_of(std::begin(words), std::end(words), [&value](const char* w) { return value == w; })
-               ? ERR_NONE
-               : ERR_IGNORE;
-}
-
 // strtod's leading number; false when the text does not start with one.
 bool LeadingNumber(const std::string& value, double& out)
 {
@@ -70,186 +61,113 @@ std::vector<std::string> Items(const std::string& value)
     return items;
 }
 
+// Applies-to columns.
+constexpr TTMLElemSet kNowhere = 0;
+constexpr TTMLElemSet kRoot = ElemSet({ELEM_TT});
+constexpr TTMLElemSet kDiv = ElemSet({ELEM_DIV});
+constexpr TTMLElemSet kPSpan = ElemSet({ELEM_P, ELEM_SPAN});
+constexpr TTMLElemSet kPStyle = ElemSet({ELEM_P, ELEM_STYLE});
+constexpr TTMLElemSet kPStyleSet = ElemSet({ELEM_P, ELEM_STYLE, ELEM_SET});
+constexpr TTMLElemSet kSpanStyleSet = ElemSet({ELEM_SPAN, ELEM_STYLE, ELEM_SET});
+constexpr TTMLElemSet kPSpanStyleSet = ElemSet({ELEM_P, ELEM_SPAN, ELEM_STYLE, ELEM_SET});
+constexpr TTMLElemSet kRegionStyleSet = ElemSet({ELEM_REGION, ELEM_STYLE, ELEM_SET});
+constexpr TTMLElemSet kExtentHolders = ElemSet({ELEM_REGION, ELEM_STYLE, ELEM_TT, ELEM_SET});
+constexpr TTMLElemSet kRegionRefs = ElemSet({ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_SPAN});
+constexpr TTMLElemSet kContainers = ElemSet({ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_REGION, ELEM_SPAN});
+constexpr TTMLElemSet kTimed = kContainers | ElemSet({ELEM_SET});
+constexpr TTMLElemSet kStyleRefs = kContainers | ElemSet({ELEM_STYLE});
+constexpr TTMLElemSet kBoxes = kStyleRefs | ElemSet({ELEM_SET});
+
+// Keyword checks.
+constexpr const char* kTimeBases[] = {"media", "smpte", "clock"};
+constexpr const char* kDisplays[] = {"none", "auto"};
+constexpr const char* kFontStyles[] = {"normal", "italic", "oblique"};
+constexpr const char* kVisibilities[] = {"hidden", "visible"};
+constexpr const char* kTimeContainers[] = {"par", "seq"};
+constexpr const char* kImageWritingModes[] = {"lrtb", "rltb", "lr", "rl"};
+
 }  // namespace
 
 CIMSCAttrHandler::CIMSCAttrHandler()
 {
-    m_StoreAttrTypes();
-    m_StoreDefaultAttrValues();
-    m_StoreValidationFuncPtr();
-    m_StoreInheritableProperty();
-    m_StoreAppliesToValues();
+    using H = CIMSCAttrHandler;
+    // Every attribute number has its row; the text slot has no key and so
+    // is never named. A row without a check keeps the name known but drops
+    // its value.
+    static constexpr Row kRows[] = {
+        // attribute                  default           check                                inherited, applies to
+        {ATTR_BEGIN,                  nullptr,          &H::m_ValidateBegin,                 true,  kTimed},
+        {ATTR_DUR,                    nullptr,          &H::m_ValidateDur,                   true,  kTimed},
+        {ATTR_END,                    nullptr,          &H::m_ValidateEnd,                   true,  kTimed},
+        {ATTR_LINEPADDING,            "0c",             &t_ValidateLinePadding,              true,  kPStyle},
+        {ATTR_MULTIROWALIGN,          "auto",           &t_ValidateMultiRowAlign,            true,  kPStyle},
+        {ATTR_REGION,                 "anonymous",      &t_ValidateRegion,                   true,  kRegionRefs},
+        {ATTR_STYLE,                  nullptr,          &t_ValidateStyle,                    true,  kStyleRefs},
+        {ATTR_TEXT,                   nullptr,          {},                                  true,  kPSpan},
+        {ATTR_AGENT,                  nullptr,          &t_ValidateAgent,                    true,  kNowhere},
+        {ATTR_CONFORMSTOSTANDARD,     nullptr,          &t_ValidateConformsToStandard,       true,  kNowhere},
+        {ATTR_FRAMERATE,              nullptr,          &m_ValidateFrameRate,                true,  kRoot},
+        {ATTR_FRAMERATEMULTIPLIER,    nullptr,          &t_SpaceSeparatedIntegersValidation, true,  kRoot},
+        {ATTR_ROLE,                   nullptr,          &t_ValidateRole,                     true,  kNowhere},
+        {ATTR_CELLRESOLUTION,         nullptr,          &t_SpaceSeparatedIntegersValidation, true,  kRoot},
+        {ATTR_CLOCKMODE,              nullptr,          {},                                  true,  kNowhere},
+        {ATTR_DROPMODE,               nullptr,          {},                                  true,  kNowhere},
+        {ATTR_MARKERMODE,             nullptr,          {},                                  true,  kNowhere},
+        {ATTR_PIXELASPECTRATIO,       nullptr,          {},                                  true,  kNowhere},
+        {ATTR_PROFILE,                nullptr,          {},                                  true,  kNowhere},
+        {ATTR_SUBFRAMERATE,           nullptr,          &m_ValidateSubFrameRate,             true,  kNowhere},
+        {ATTR_TICKRATE,               nullptr,          &m_ValidateTickRate,                 true,  kRoot},
+        {ATTR_TIMEBASE,               nullptr,          &t_OneOf<kTimeBases>,                true,  kRoot},
+        {ATTR_BACKGROUNDCOLOR,        "#00000000",      &m_ValidateColorFormat,              false, kBoxes},
+        {ATTR_DIRECTION,              "ltr",            &t_ValidateDirection,                true,  kPSpanStyleSet},
+        {ATTR_DISPLAY,                "auto",           &t_OneOf<kDisplays>,                 true,  kBoxes},
+        {ATTR_DISPLAYALIGN,           "before",         &t_ValidateDisplayAlign,             false, kRegionStyleSet},
+        {ATTR_EXTENT,                 "auto",           &H::m_ValidateExtent,                false, kExtentHolders},
+        {ATTR_COLOR,                  "#ffffffff",      &m_ValidateColorFormat,              true,  kSpanStyleSet},
+        {ATTR_FONTFAMILY,             "monospaceserif", &m_ValidateFontFamily,               true,  kSpanStyleSet},
+        {ATTR_FONTSIZE,               "1c",             &m_ValidateFontSize,                 true,  kSpanStyleSet},
+        {ATTR_FONTSTYLE,              "normal",         &t_OneOf<kFontStyles>,               true,  kSpanStyleSet},
+        {ATTR_FONTWEIGHT,             "normal",         &t_ValidateFontWeight,               true,  kSpanStyleSet},
+        {ATTR_LINEHEIGHT,             "normal",         &m_ValidateLineHeight,               true,  kPStyleSet},
+        {ATTR_OPACITY,                "1.0",            &m_ValidateOpacity,                  false, kRegionStyleSet},
+        {ATTR_ORIGIN,                 "auto",           &m_ValidateOrigin,                   false, kRegionStyleSet},
+        {ATTR_OVERFLOW,               "hidden",         &t_ValidateOverflow,                 false, kRegionStyleSet},
+        {ATTR_PADDING,                "0px",            &m_ValidatePadding,                  false, kRegionStyleSet},
+        {ATTR_PARABACKGROUNDCOLOR,    "#00000000",      {},                                  true,  kNowhere},
+        {ATTR_REGIONBACKGROUNDCOLOR,  "#00000000",      &m_ValidateColorFormat,              true,  kNowhere},
+        {ATTR_SHOWBACKGROUND,         "always",         &t_ValidateShowBackground,           false, kRegionStyleSet},
+        {ATTR_TEXTALIGN,              "start",          &t_ValidateTextAlign,                true,  kPStyleSet},
+        {ATTR_TEXTDECORATION,         "none",           &m_ValidateTextDecoration,           true,  kSpanStyleSet},
+        {ATTR_TEXTOUTLINE,            "none",           &m_ValidateTextOutline,              true,  kSpanStyleSet},
+        {ATTR_UNICODEBIDI,            "normal",         &t_ValidateUnicodeBidi,              false, kPSpanStyleSet},
+        {ATTR_VISIBILITY,             "visible",        &t_OneOf<kVisibilities>,             true,  kBoxes},
+        {ATTR_WRAPOPTION,             "wrap",           &t_ValidateWrapOption,               true,  kSpanStyleSet},
+        {ATTR_WRITINGMODE,            "lrtb",           &H::m_ValidateWritingMode,           false, kRegionStyleSet},
+        {ATTR_ZINDEX,                 "auto",           &m_ValidateZIndex,                   false, kRegionStyleSet},
+        {ATTR_ID,                     nullptr,          &t_ValidateId,                       true,  kAllElems},
+        {ATTR_LANG,                   nullptr,          &t_ValidateLang,                     true,  kAllElems},
+        {ATTR_SPACE,                  nullptr,          &t_ValidateXmlSpace,                 true,  kAllElems},
+        {ATTR_ALTTEXT,                nullptr,          &m_ValidateAltText,                  true,  kNowhere},
+        {ATTR_ASPECTRATIO,            nullptr,          &t_SpaceSeparatedIntegersValidation, true,  kNowhere},
+        {ATTR_PROGRESSIVELYDECODABLE, nullptr,          &t_ValidateBooleanValues,            true,  kNowhere},
+        {ATTR_BACKGROUNDIMAGE,        nullptr,          &m_ValidateSMPTEBackgroundImage,     true,  kDiv},
+        {ATTR_FORCEDDISPLAY,          "false",          &t_ValidateBooleanValues,            true,  kNowhere},
+        {ATTR_FILLLINEGAP,            nullptr,          {},                                  true,  kNowhere},
+        {ATTR_TIMECONTAINER,          "par",            &t_OneOf<kTimeContainers>,           true,  kContainers},
+    };
+    static_assert(std::size(kRows) == TTML_ATTR_COUNT && Row::InAttrOrder(kRows),
+                  "IMSC 1 rows must stand in attribute number order, one for each number");
+    t_LoadRows(kRows, m_checks);
 }
 
 CIMSCAttrHandler::~CIMSCAttrHandler() = default;
 
-void CIMSCAttrHandler::m_StoreAttrTypes()
-{
-    // Every keyed attribute; t_NameAttribute skips the keyless text entry.
-    for (int attr = 0; attr < TTML_ATTR_COUNT; ++attr)
-        t_NameAttribute(attr);
-}
-
-void CIMSCAttrHandler::m_StoreDefaultAttrValues()
-{
-    static const struct {
-        int attr;
-        const char* value;
-    } kDefaults[] = {
-        {ATTR_BACKGROUNDCOLOR, "#00000000"},
-        {ATTR_REGIONBACKGROUNDCOLOR, "#00000000"},
-        {ATTR_PARABACKGROUNDCOLOR, "#00000000"},
-        {ATTR_COLOR, "#ffffffff"},
-        {ATTR_FONTSIZE, "1c"},
-        {ATTR_FONTFAMILY, "monospaceserif"},
-        {ATTR_OVERFLOW, "hidden"},
-        {ATTR_VISIBILITY, "visible"},
-        {ATTR_OPACITY, "1.0"},
-        {ATTR_DISPLAY, "auto"},
-        {ATTR_EXTENT, "auto"},
-        {ATTR_ORIGIN, "auto"},
-        {ATTR_SHOWBACKGROUND, "always"},
-        {ATTR_TIMECONTAINER, "par"},
-        {ATTR_UNICODEBIDI, "normal"},
-        {ATTR_WRITINGMODE, "lrtb"},
-        {ATTR_ZINDEX, "auto"},
-        {ATTR_DIRECTION, "ltr"},
-        {ATTR_DISPLAYALIGN, "before"},
-        {ATTR_FONTSTYLE, "normal"},
-        {ATTR_FONTWEIGHT, "normal"},
-        {ATTR_LINEHEIGHT, "normal"},
-        {ATTR_PADDING, "0px"},
-        {ATTR_MULTIROWALIGN, "auto"},
-        {ATTR_TEXTALIGN, "start"},
-        {ATTR_TEXTDECORATION, "none"},
-        {ATTR_TEXTOUTLINE, "none"},
-        {ATTR_WRAPOPTION, "wrap"},
-        {ATTR_LINEPADDING, "0c"},
-        {ATTR_REGION, "anonymous"},
-        {ATTR_FORCEDDISPLAY, "false"},
-    };
-    for (const auto& d : kDefaults)
-        t_SetDefaultAttrValue(d.attr, d.value);
-}
-
-void CIMSCAttrHandler::m_StoreValidationFuncPtr()
-{
-    static const struct {
-        int attr;
-        Validator fn;
-    } kValidators[] = {
-        {ATTR_BEGIN, &CIMSCAttrHandler::m_ValidateBegin},
-        {ATTR_DUR, &CIMSCAttrHandler::m_ValidateDur},
-        {ATTR_END, &CIMSCAttrHandler::m_ValidateEnd},
-        {ATTR_LINEPADDING, &CIMSCAttrHandler::m_ValidateLinePadding},
-        {ATTR_MULTIROWALIGN, &CIMSCAttrHandler::m_ValidateMultiRowAlign},
-        {ATTR_REGION, &CIMSCAttrHandler::m_ValidateRegion},
-        {ATTR_STYLE, &CIMSCAttrHandler::m_ValidateStyle},
-        {ATTR_AGENT, &CIMSCAttrHandler::m_ValidateAgent},
-        {ATTR_CONFORMSTOSTANDARD, &CIMSCAttrHandler::m_ValidateConformsToStandard},
-        {ATTR_FRAMERATE, &CIMSCAttrHandler::m_ValidateFrameRate},
-        {ATTR_FRAMERATEMULTIPLIER, &CIMSCAttrHandler::m_ValidateFrameRateMultiplier},
-        {ATTR_ROLE, &CIMSCAttrHandler::m_ValidateRole},
-        {ATTR_CELLRESOLUTION, &CIMSCAttrHandler::m_ValidateCellResolution},
-        {ATTR_SUBFRAMERATE, &CIMSCAttrHandler::m_ValidateSubFrameRate},
-        {ATTR_TICKRATE, &CIMSCAttrHandler::m_ValidateTickRate},
-        {ATTR_TIMEBASE, &CIMSCAttrHandler::m_ValidateTimeBase},
-        {ATTR_BACKGROUNDCOLOR, &CIMSCAttrHandler::m_ValidateColorFormat},
-        {ATTR_COLOR, &CIMSCAttrHandler::m_ValidateColorFormat},
-        {ATTR_REGIONBACKGROUNDCOLOR, &CIMSCAttrHandler::m_ValidateColorFormat},
-        {ATTR_DIRECTION, &CIMSCAttrHandler::m_ValidateDirection},
-        {ATTR_DISPLAY, &CIMSCAttrHandler::m_ValidateDisplay},
-        {ATTR_DISPLAYALIGN, &CIMSCAttrHandler::m_ValidateDisplayAlign},
-        {ATTR_EXTENT, &CIMSCAttrHandler::m_ValidateExtent},
-        {ATTR_FONTFAMILY, &CIMSCAttrHandler::m_ValidateFontFamily},
-        {ATTR_FONTSIZE, &CIMSCAttrHandler::m_ValidateFontSize},
-        {ATTR_FONTSTYLE, &CIMSCAttrHandler::m_ValidateFontStyle},
-        {ATTR_FONTWEIGHT, &CIMSCAttrHandler::m_ValidateFontWeight},
-        {ATTR_LINEHEIGHT, &CIMSCAttrHandler::m_ValidateLineHeight},
-        {ATTR_OPACITY, &CIMSCAttrHandler::m_ValidateOpacity},
-        {ATTR_ORIGIN, &CIMSCAttrHandler::m_ValidateOrigin},
-        {ATTR_OVERFLOW, &CIMSCAttrHandler::m_ValidateOverflow},
-        {ATTR_PADDING, &CIMSCAttrHandler::m_ValidatePadding},
-        {ATTR_SHOWBACKGROUND, &CIMSCAttrHandler::m_ValidateShowBackground},
-        {ATTR_TEXTALIGN, &CIMSCAttrHandler::m_ValidateTextAlign},
-        {ATTR_TEXTDECORATION, &CIMSCAttrHandler::m_ValidateTextDecoration},
-        {ATTR_TEXTOUTLINE, &CIMSCAttrHandler::m_ValidateTextOutline},
-        {ATTR_UNICODEBIDI, &CIMSCAttrHandler::m_ValidateUnicodeBidi},
-        {ATTR_VISIBILITY, &CIMSCAttrHandler::m_ValidateVisibility},
-        {ATTR_WRAPOPTION, &CIMSCAttrHandler::m_ValidateWrapOption},
-        {ATTR_WRITINGMODE, &CIMSCAttrHandler::m_ValidateWritingMode},
-        {ATTR_ZINDEX, &CIMSCAttrHandler::m_ValidateZIndex},
-        {ATTR_ID, &CIMSCAttrHandler::m_ValidateId},
-        {ATTR_LANG, &CIMSCAttrHandler::m_ValidateLang},
-        {ATTR_SPACE, &CIMSCAttrHandler::m_ValidateXmlSpace},
-        {ATTR_ALTTEXT, &CIMSCAttrHandler::m_ValidateAltText},
-        {ATTR_ASPECTRATIO, &CIMSCAttrHandler::m_ValidateAspectRatio},
-        {ATTR_PROGRESSIVELYDECODABLE, &CIMSCAttrHandler::m_ValidateProgressivelyDecodable},
-        {ATTR_BACKGROUNDIMAGE, &CIMSCAttrHandler::m_ValidateSMPTEBackgroundImage},
-        {ATTR_FORCEDDISPLAY, &CIMSCAttrHandler::m_ValidateForcedDisplay},
-        {ATTR_TIMECONTAINER, &CIMSCAttrHandler::m_ValidateTimeContainer},
-    };
-    for (const auto& v : kValidators)
-        m_validators.emplace(v.attr, v.fn);
-}
-
-void CIMSCAttrHandler::m_StoreInheritableProperty()
-{
-    static const int kNotInherited[] = {
-        ATTR_BACKGROUNDCOLOR, ATTR_DISPLAYALIGN,    ATTR_EXTENT,      ATTR_OPACITY,
-        ATTR_ORIGIN,          ATTR_OVERFLOW,        ATTR_PADDING,     ATTR_SHOWBACKGROUND,
-        ATTR_UNICODEBIDI,     ATTR_WRITINGMODE,     ATTR_ZINDEX,
-    };
-    for (int attr : kNotInherited)
-        t_SetInheritable(attr, false);
-}
-
-void CIMSCAttrHandler::m_StoreAppliesToValues()
-{
-    struct Row {
-        std::vector<int> attrs;
-        std::vector<int> elems;  // empty: every element type
-    };
-    static const Row kRows[] = {
-        {{ATTR_BEGIN, ATTR_DUR, ATTR_END}, {ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_REGION, ELEM_SPAN, ELEM_SET}},
-        {{ATTR_TIMECONTAINER}, {ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_REGION, ELEM_SPAN}},
-        {{ATTR_LINEPADDING, ATTR_MULTIROWALIGN}, {ELEM_P, ELEM_STYLE}},
-        {{ATTR_REGION}, {ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_SPAN}},
-        {{ATTR_STYLE}, {ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_REGION, ELEM_SPAN, ELEM_STYLE}},
-        {{ATTR_TEXT}, {ELEM_P, ELEM_SPAN}},
-        {{ATTR_FRAMERATE, ATTR_FRAMERATEMULTIPLIER, ATTR_CELLRESOLUTION, ATTR_TICKRATE, ATTR_TIMEBASE}, {ELEM_TT}},
-        {{ATTR_BACKGROUNDCOLOR, ATTR_DISPLAY, ATTR_VISIBILITY},
-         {ELEM_BODY, ELEM_DIV, ELEM_P, ELEM_REGION, ELEM_SPAN, ELEM_STYLE, ELEM_SET}},
-        {{ATTR_DIRECTION, ATTR_UNICODEBIDI}, {ELEM_P, ELEM_SPAN, ELEM_STYLE, ELEM_SET}},
-        {{ATTR_DISPLAYALIGN, ATTR_OPACITY, ATTR_ORIGIN, ATTR_OVERFLOW, ATTR_PADDING, ATTR_SHOWBACKGROUND,
-          ATTR_WRITINGMODE, ATTR_ZINDEX},
-         {ELEM_REGION, ELEM_STYLE, ELEM_SET}},
-        {{ATTR_EXTENT}, {ELEM_REGION, ELEM_STYLE, ELEM_TT, ELEM_SET}},
-        {{ATTR_COLOR, ATTR_FONTFAMILY, ATTR_FONTSIZE, ATTR_FONTSTYLE, ATTR_FONTWEIGHT, ATTR_TEXTDECORATION,
-          ATTR_TEXTOUTLINE, ATTR_WRAPOPTION},
-         {ELEM_SPAN, ELEM_STYLE, ELEM_SET}},
-        {{ATTR_LINEHEIGHT, ATTR_TEXTALIGN}, {ELEM_P, ELEM_STYLE, ELEM_SET}},
-        {{ATTR_ID, ATTR_LANG, ATTR_SPACE}, {}},
-        {{ATTR_BACKGROUNDIMAGE}, {ELEM_DIV}},
-    };
-    for (const Row& row : kRows) {
-        for (int attr : row.attrs) {
-            if (row.elems.empty()) {
-                for (int elem = 0; elem < TTML_ELEM_COUNT; ++elem)
-                    t_SetAppliesTo(attr, elem, true);
-            }
-            for (int elem : row.elems)
-                t_SetAppliesTo(attr, elem, true);
-        }
-    }
-}
-
 int CIMSCAttrHandler::ValidateAttribute(TTMLAttr attr, std::string& value)
 {
-    auto it = m_validators.find(attr);
-    if (it == m_validators.end())
+    // -1 is a name the profile does not know.
+    if (attr < 0 || attr >= TTML_ATTR_COUNT)
         return ERR_NOT_SUPPORTED;
-    return (this->*(it->second))(value);
+    return m_checks[attr].Run(*this, value);
 }
 
 // ---- Helpers ------------------------------------------------------------------
@@ -264,7 +182,7 @@ bool CIMSCAttrHandler::m_ValidateTimeExpression(std::string& value)
            t_ValidateClockTimeFormat(value) == ERR_NONE;
 }
 
-bool CIMSCAttrHandler::m_ValidateLengthExpression(const std::string& value, std::string* unit) const
+bool CIMSCAttrHandler::m_ValidateLengthExpression(const std::string& value, std::string* unit)
 {
     static const boost::regex kLength("(([+])?\\d+(\\.\\d+)?)(px|em|c|%)");
     boost::smatch match;
@@ -291,7 +209,7 @@ int CIMSCAttrHandler::m_ConvertTime(std::string& value, TTMLAttr attr)
     return t_StoreTimeAsMS(value, attr) ? ERR_NONE : ERR_INVALID;
 }
 
-// ---- Validators -----------------------------------------------------------------
+// ---- Checks ---------------------------------------------------------------------
 
 int CIMSCAttrHandler::m_ValidateBegin(std::string& value)
 {
@@ -308,57 +226,12 @@ int CIMSCAttrHandler::m_ValidateEnd(std::string& value)
     return m_ConvertTime(value, ATTR_END);
 }
 
-int CIMSCAttrHandler::m_ValidateLinePadding(std::string& value)
-{
-    return t_ValidateLinePadding(value);
-}
-
-int CIMSCAttrHandler::m_ValidateMultiRowAlign(std::string& value)
-{
-    return t_ValidateMultiRowAlign(value);
-}
-
-int CIMSCAttrHandler::m_ValidateRegion(std::string& /*value*/)
-{
-    return ERR_NONE;
-}
-
-int CIMSCAttrHandler::m_ValidateStyle(std::string& value)
-{
-    return t_ValidateStyle(value);
-}
-
-int CIMSCAttrHandler::m_ValidateAgent(std::string& value)
-{
-    return t_ValidateAgent(value);
-}
-
-int CIMSCAttrHandler::m_ValidateConformsToStandard(std::string& /*value*/)
-{
-    return ERR_NONE;
-}
-
 int CIMSCAttrHandler::m_ValidateFrameRate(std::string& value)
 {
     if (t_ValidateFrameRate(value) == ERR_NONE && value.find_first_not_of('0') != std::string::npos)
         return ERR_NONE;
     TTML_WARN("ttp:frameRate must be a whole number above 0: %s; ignored", value.c_str());
     return ERR_IGNORE;
-}
-
-int CIMSCAttrHandler::m_ValidateFrameRateMultiplier(std::string& value)
-{
-    return t_SpaceSeparatedIntegersValidation(value) ? ERR_NONE : ERR_IGNORE;
-}
-
-int CIMSCAttrHandler::m_ValidateRole(std::string& value)
-{
-    return t_ValidateRole(value);
-}
-
-int CIMSCAttrHandler::m_ValidateCellResolution(std::string& value)
-{
-    return t_SpaceSeparatedIntegersValidation(value) ? ERR_NONE : ERR_IGNORE;
 }
 
 int CIMSCAttrHandler::m_ValidateSubFrameRate(std::string& value)
@@ -378,34 +251,12 @@ int CIMSCAttrHandler::m_ValidateTickRate(std::string& value)
     return ERR_IGNORE;
 }
 
-int CIMSCAttrHandler::m_ValidateTimeBase(std::string& value)
-{
-    static const char* const kWords[] = {"media", "smpte", "clock"};
-    return LowerKeyword(value, kWords);
-}
-
 int CIMSCAttrHandler::m_ValidateColorFormat(std::string& value)
 {
     StrTrimLeft(value);
     if (ConvertColorNameToColorCode(value))
         return ERR_NONE;
     return t_ValidateColorFormat(value);
-}
-
-int CIMSCAttrHandler::m_ValidateDirection(std::string& value)
-{
-    return t_ValidateDirection(value);
-}
-
-int CIMSCAttrHandler::m_ValidateDisplay(std::string& value)
-{
-    static const char* const kWords[] = {"none", "auto"};
-    return LowerKeyword(value, kWords);
-}
-
-int CIMSCAttrHandler::m_ValidateDisplayAlign(std::string& value)
-{
-    return t_ValidateDisplayAlign(value);
 }
 
 int CIMSCAttrHandler::m_ValidateExtent(std::string& value)
@@ -451,17 +302,6 @@ int CIMSCAttrHandler::m_ValidateFontSize(std::string& value)
     return ERR_NONE;
 }
 
-int CIMSCAttrHandler::m_ValidateFontStyle(std::string& value)
-{
-    static const char* const kWords[] = {"normal", "italic", "oblique"};
-    return LowerKeyword(value, kWords);
-}
-
-int CIMSCAttrHandler::m_ValidateFontWeight(std::string& value)
-{
-    return t_ValidateFontWeight(value);
-}
-
 int CIMSCAttrHandler::m_ValidateLineHeight(std::string& value)
 {
     StrToLower(value);
@@ -498,11 +338,6 @@ int CIMSCAttrHandler::m_ValidateOrigin(std::string& value)
     return ERR_NONE;
 }
 
-int CIMSCAttrHandler::m_ValidateOverflow(std::string& value)
-{
-    return t_ValidateOverflow(value);
-}
-
 int CIMSCAttrHandler::m_ValidatePadding(std::string& value)
 {
     if (value.empty())
@@ -515,16 +350,6 @@ int CIMSCAttrHandler::m_ValidatePadding(std::string& value)
             return ERR_IGNORE;
     }
     return ERR_NONE;
-}
-
-int CIMSCAttrHandler::m_ValidateShowBackground(std::string& value)
-{
-    return t_ValidateShowBackground(value);
-}
-
-int CIMSCAttrHandler::m_ValidateTextAlign(std::string& value)
-{
-    return t_ValidateTextAlign(value);
 }
 
 int CIMSCAttrHandler::m_ValidateTextDecoration(std::string& value)
@@ -585,29 +410,11 @@ int CIMSCAttrHandler::m_ValidateTextOutline(std::string& value)
     return ERR_NONE;
 }
 
-int CIMSCAttrHandler::m_ValidateUnicodeBidi(std::string& value)
-{
-    return t_ValidateUnicodeBidi(value);
-}
-
-int CIMSCAttrHandler::m_ValidateVisibility(std::string& value)
-{
-    static const char* const kWords[] = {"hidden", "visible"};
-    return LowerKeyword(value, kWords);
-}
-
-int CIMSCAttrHandler::m_ValidateWrapOption(std::string& value)
-{
-    return t_ValidateWrapOption(value);
-}
-
 int CIMSCAttrHandler::m_ValidateWritingMode(std::string& value)
 {
-    if (GetProfile() == TTML_PROFILE_IMSC1_IMAGE) {
-        // Subtitle images are laid out horizontally only.
-        static const char* const kWords[] = {"lrtb", "rltb", "lr", "rl"};
-        return LowerKeyword(value, kWords);
-    }
+    // Subtitle images are laid out horizontally only.
+    if (GetProfile() == TTML_PROFILE_IMSC1_IMAGE)
+        return t_OneOf<kImageWritingModes>(value);
     return t_ValidateWritingMode(value);
 }
 
@@ -620,34 +427,9 @@ int CIMSCAttrHandler::m_ValidateZIndex(std::string& value)
     return !value.empty() && IsDigits(value) ? ERR_NONE : ERR_IGNORE;
 }
 
-int CIMSCAttrHandler::m_ValidateId(std::string& value)
-{
-    return t_ValidateId(value);
-}
-
-int CIMSCAttrHandler::m_ValidateLang(std::string& value)
-{
-    return t_ValidateLang(value);
-}
-
-int CIMSCAttrHandler::m_ValidateXmlSpace(std::string& value)
-{
-    return t_ValidateXmlSpace(value);
-}
-
 int CIMSCAttrHandler::m_ValidateAltText(std::string& /*value*/)
 {
     return ERR_NONE;
-}
-
-int CIMSCAttrHandler::m_ValidateAspectRatio(std::string& value)
-{
-    return t_SpaceSeparatedIntegersValidation(value) ? ERR_NONE : ERR_IGNORE;
-}
-
-int CIMSCAttrHandler::m_ValidateProgressivelyDecodable(std::string& value)
-{
-    return t_ValidateBooleanValues(value) ? ERR_NONE : ERR_IGNORE;
 }
 
 int CIMSCAttrHandler::m_ValidateSMPTEBackgroundImage(std::string& value)
@@ -656,17 +438,6 @@ int CIMSCAttrHandler::m_ValidateSMPTEBackgroundImage(std::string& value)
     if (parts.front() == "urn")
         value = parts.back();
     return ERR_NONE;
-}
-
-int CIMSCAttrHandler::m_ValidateForcedDisplay(std::string& value)
-{
-    return t_ValidateBooleanValues(value) ? ERR_NONE : ERR_IGNORE;
-}
-
-int CIMSCAttrHandler::m_ValidateTimeContainer(std::string& value)
-{
-    static const char* const kWords[] = {"par", "seq"};
-    return LowerKeyword(value, kWords);
 }
 
 }  // namespace TTML
