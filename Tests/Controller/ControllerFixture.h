@@ -14,6 +14,7 @@
 #include <Evas.h>
 
 #include <cstring>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <string>
@@ -130,17 +131,22 @@ public:
 
     void* Parent() { return m_canvas.GetBaseLayout(); }
 
-    // Runs the main loop until every request queued for it has run.
-    void RunPending()
+    // Runs the main loop until done() holds; by default until every request
+    // queued for it has run.
+    void RunUntil(std::function<bool()> done = nullptr)
     {
-        ecore_timer_add(0.005, [](void*) -> Eina_Bool {
+        m_done = done ? std::move(done) : [] {
             TTML::CMainThreadUtils* pUtils = TTML::CMainThreadUtils::GetInstance();
-            if (pUtils && pUtils->GetPendingCount() > 0)
+            return !pUtils || pUtils->GetPendingCount() == 0;
+        };
+        Ecore_Timer* pPoll = ecore_timer_add(0.005, [](void* data) -> Eina_Bool {
+            if (!static_cast<ControllerTest*>(data)->m_done())
                 return ECORE_CALLBACK_RENEW;
             ecore_main_loop_quit();
             return ECORE_CALLBACK_CANCEL;
-        }, nullptr);
-        RunLoop();
+        }, this);
+        if (!RunLoop())
+            ecore_timer_del(pPoll);
     }
 
     // The root container's Evas object on the canvas, or null when none exists.
@@ -158,6 +164,7 @@ public:
     }
 
     TTML::CController* m_pCore = nullptr;
+    std::function<bool()> m_done;
 };
 
 #endif

@@ -4,6 +4,7 @@
 #include "DrawRecorder.h"
 #include "IGraphics.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 #include "TTMLElem.h"
 
 #include <gtest/gtest.h>
@@ -11,8 +12,6 @@
 #include <memory>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 using namespace TTML;
 
@@ -90,12 +89,16 @@ protected:
 
     bool Add(Interval interval) { return m_schedule.AddData(Make(interval), &m_graphics); }
 
-    // The engine's timer expiry: pop the front entry and free what ends there.
+    // The engine's timer expiry: pop the front entry (the earliest, which
+    // stays until popped) and free what ends there.
     void Pop()
     {
-        unsigned long long time = 0;
+        unsigned long long front = 0, time = 0;
         CRenderingData::RenderingPair pair(nullptr, nullptr);
+        ASSERT_TRUE(m_schedule.GetFront(front, pair));
+        ASSERT_EQ(m_schedule.GetMap().begin()->first, front);
         ASSERT_TRUE(m_schedule.PopNextSubtitleData(time, pair));
+        ASSERT_EQ(front, time);
         Free(pair.second);
     }
 
@@ -140,13 +143,10 @@ struct AddCase {
     int pops;                         // front entries consumed before the new one comes
     Interval added;
     bool result;
-    const char* map;                  // Describe() afterwards
-    int destroyed;                    // renderers destroyed by the AddData itself
-    int freed;                        // records whose elements all went with them
-    const char* log;                  // a line AddData must write
+    const char* map;  // Describe() afterwards
+    int deleted;      // renderers destroyed by the AddData itself, and records whose elements all went
+    const char* log;  // a line AddData must write
 };
-
-void PrintTo(const AddCase& c, std::ostream* os) { *os << c.name; }
 
 class AddDataTest : public ScheduleTest, public ::testing::WithParamInterface<AddCase> {};
 
@@ -164,8 +164,8 @@ TEST_P(AddDataTest, FilesMergesOrCuts)
     EXPECT_EQ(c.result, Add(c.added));
 
     EXPECT_EQ(c.map, Describe(m_schedule));
-    EXPECT_EQ(c.destroyed, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) - destroyedBefore);
-    EXPECT_EQ(c.freed, ExpiredWitnesses() - freedBefore);
+    EXPECT_EQ(c.deleted, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) - destroyedBefore);
+    EXPECT_EQ(c.deleted, ExpiredWitnesses() - freedBefore);
     EXPECT_TRUE(m_log.Has(c.log)) << m_log.Dump();
     EXPECT_FALSE(m_log.Has("Data error!"));
 }
@@ -173,43 +173,43 @@ TEST_P(AddDataTest, FilesMergesOrCuts)
 INSTANTIATE_TEST_SUITE_P(
     Schedule, AddDataTest,
     ::testing::Values(
-        AddCase{"IntoEmpty", {}, 0, {1000, 2000}, false, "1000[+1000-2000] 2000[-1000-2000]", 0, 0,
+        AddCase{"IntoEmpty", {}, 0, {1000, 2000}, false, "1000[+1000-2000] 2000[-1000-2000]", 0,
                 "Subtitle rendering data is added for bTime=1000, etime=2000"},
         AddCase{"BackToBackSharesEntry", {{1000, 2000}}, 0, {2000, 3000}, false,
-                "1000[+1000-2000] 2000[+2000-3000 -1000-2000] 3000[-2000-3000]", 0, 0,
+                "1000[+1000-2000] 2000[+2000-3000 -1000-2000] 3000[-2000-3000]", 0,
                 "Subtitle rendering data is added for bTime=2000, etime=3000"},
         AddCase{"LaterWithGap", {{1000, 2000}}, 0, {3000, 4000}, false,
-                "1000[+1000-2000] 2000[-1000-2000] 3000[+3000-4000] 4000[-3000-4000]", 0, 0,
+                "1000[+1000-2000] 2000[-1000-2000] 3000[+3000-4000] 4000[-3000-4000]", 0,
                 "Subtitle rendering data is added for bTime=3000, etime=4000"},
         // The duplicate's element moves into the old record, so nothing is freed whole.
         // The merged list drops the old witness; renderers keep no elements.
         AddCase{"SameTimingsWhileWaiting", {{1000, 2000}}, 0, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
+                "1000[+1000-2000] 2000[-1000-2000]", 1,
                 "Old data with same timings found in map. begin=1000, end=2000"},
         AddCase{"SameTimingsAfterDrawn", {{1000, 2000}}, 1, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
+                "1000[+1000-2000] 2000[-1000-2000]", 1,
                 "Special case where new data (whose timings are same as old data in map) comes late. "
                 "It will be rendered again. begin=1000 and end=2000"},
         AddCase{"InsideShortensOld", {{1000, 2000}}, 0, {1500, 1800}, true,
-                "1000[+1000-1500] 1500[+1500-1800 -1000-1500] 1800[-1500-1800]", 0, 0,
+                "1000[+1000-1500] 1500[+1500-1800 -1000-1500] 1800[-1500-1800]", 0,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         // Same end, other begin: not a duplicate, the old one is cut.
         AddCase{"SameEndOtherBegin", {{1000, 2000}}, 0, {1500, 2000}, true,
-                "1000[+1000-1500] 1500[+1500-2000 -1000-1500] 2000[-1500-2000]", 0, 0,
+                "1000[+1000-1500] 1500[+1500-2000 -1000-1500] 2000[-1500-2000]", 0,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         AddCase{"SameBeginReplacesOld", {{1000, 2000}}, 0, {1000, 1500}, true,
-                "1000[+1000-1500] 1500[-1000-1500]", 1, 1, "Deleting sub data from previous file(s)."},
+                "1000[+1000-1500] 1500[-1000-1500]", 1, "Deleting sub data from previous file(s)."},
         AddCase{"BeforeAllDeletesAll", {{1000, 2000}, {2000, 3000}}, 0, {500, 900}, true,
-                "500[+500-900] 900[-500-900]", 2, 2, "Deleting sub data from previous file(s)."},
+                "500[+500-900] 900[-500-900]", 2, "Deleting sub data from previous file(s)."},
         AddCase{"OnScreenShortenedLaterDeleted", {{1000, 2000}, {2000, 3000}}, 1, {1500, 2500}, true,
-                "1500[+1500-2500 -1000-1500] 2500[-1500-2500]", 1, 1,
+                "1500[+1500-2500 -1000-1500] 2500[-1500-2500]", 1,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         AddCase{"MidwayKeepsEarlierDeletesLater", {{1000, 2000}, {2000, 3000}, {3000, 4000}}, 0,
                 {2500, 2600}, true,
                 "1000[+1000-2000] 2000[+2000-2500 -1000-2000] 2500[+2500-2600 -2000-2500] "
                 "2600[-2500-2600]",
-                1, 1, "Restricting previous subtitle endTime(3000) till the beginTime(2500) of new."}),
-    [](const ::testing::TestParamInfo<AddCase>& info) { return std::string(info.param.name); });
+                1, "Restricting previous subtitle endTime(3000) till the beginTime(2500) of new."}),
+    TTMLTest::RowName());
 
 TEST_F(ScheduleTest, NullArgumentsAreRefusedAndNothingIsTaken)
 {
@@ -229,8 +229,6 @@ struct MergeCase {
     std::size_t newSize;
     std::size_t oldKept;  // leading old elements that survive
 };
-
-void PrintTo(const MergeCase& c, std::ostream* os) { *os << c.name; }
 
 class MergeTest : public ScheduleTest, public ::testing::WithParamInterface<MergeCase> {};
 
@@ -270,9 +268,7 @@ INSTANTIATE_TEST_SUITE_P(Schedule, MergeTest,
                                            MergeCase{"EqualLists", 3, 3, 0},
                                            MergeCase{"EmptyNewListKeepsOld", 2, 0, 2},
                                            MergeCase{"OneIntoFive", 5, 1, 4}),
-                         [](const ::testing::TestParamInfo<MergeCase>& info) {
-                             return std::string(info.param.name);
-                         });
+                         TTMLTest::RowName());
 
 // ---- Filing a scheduled record again (flashing) -----------------------------
 
@@ -318,26 +314,6 @@ TEST_F(ScheduleTest, EmptyScheduleQueriesLogAndLeaveOutputsUntouched)
     EXPECT_EQ(4, m_log.Count("Data map is empty!"));
 }
 
-TEST_F(ScheduleTest, FrontStaysAndPopsComeInTimeOrder)
-{
-    Add({3000, 4000});
-    Add({4000, 4500});
-    Add({5000, 6000});
-    unsigned long long time = 0;
-    CRenderingData::RenderingPair pair(nullptr, nullptr);
-    ASSERT_TRUE(m_schedule.GetFront(time, pair));
-    ASSERT_TRUE(m_schedule.GetFront(time, pair));
-    EXPECT_EQ(3000u, time);
-    EXPECT_EQ(5u, m_schedule.GetMap().size());
-
-    std::vector<unsigned long long> order;
-    while (m_schedule.PopNextSubtitleData(time, pair)) {
-        order.push_back(time);
-        Free(pair.second);
-    }
-    EXPECT_EQ((std::vector<unsigned long long>{3000, 4000, 4500, 5000, 6000}), order);
-}
-
 TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
 {
     Add({1000, 2000});
@@ -348,24 +324,6 @@ TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
     // Erasing a present entry leaves its record alone; it is still filed at 2000.
     EXPECT_TRUE(m_schedule.RemoveData(1000));
     EXPECT_EQ("2000[-1000-2000]", Describe(m_schedule));
-}
-
-TEST_F(ScheduleTest, DumpListsEveryEntryInOrder)
-{
-    Add({1000, 2000});
-    Add({2000, 3000});
-    m_log.Clear();
-    m_schedule.Dump();
-    std::vector<std::string> messages;
-    for (const auto& line : m_log.Lines())
-        messages.push_back(line.message);
-    const std::vector<std::string> expected = {
-        "Current data map holds below items:\n",
-        "1. Time=[1000] : ", "No data to remove!", "To render: bTime=[1000], eTime[2000]", "\n",
-        "2. Time=[2000] : ", "To remove: bTime=[1000], eTime[2000]",
-        "To render: bTime=[2000], eTime[3000]", "\n",
-        "3. Time=[3000] : ", "To remove: bTime=[2000], eTime[3000]", "No data to render!", "\n"};
-    EXPECT_EQ(expected, messages);
 }
 
 // ---- Destructor -------------------------------------------------------------
