@@ -42,7 +42,7 @@ public:
 
     int GetMediaTime(long long* pTime) override
     {
-        if (!pTime || !clockRunning)
+        if (!pTime)
             return -1;
         *pTime = mediaTime;
         return 0;
@@ -80,7 +80,6 @@ public:
     void* UserData() const { return m_userData; }
 
     int mode = 0;
-    bool clockRunning = true;
     long long mediaTime = 0;
     std::list<std::string> fonts;
     int registrations = 0;
@@ -93,6 +92,16 @@ private:
     TTML::TTMLSourceCallback m_lastCallback = nullptr;
     void* m_userData = nullptr;
 };
+
+// A valid EBU-TT-D document: one paragraph, [1000, 3000] ms.
+const std::string kEbuDocument =
+    "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" "
+    "xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\" "
+    "ttp:timeBase=\"media\" xml:lang=\"en\"><head><metadata><ebuttm:documentMetadata>"
+    "<ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
+    "</ebuttm:documentMetadata></metadata>"
+    "<layout><region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/></layout></head>"
+    "<body><div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:03.000\">The kettle is on.</p></div></body></tt>";
 
 // A headless canvas with the main loop available; the controller makes its
 // own graphics object, so the fixture's is given back at once.

@@ -52,14 +52,14 @@ public:
 
 DocumentLedger g_ledger;
 
-// 1 to `most` paragraphs around the document time: some late, some
+// 1 to 4 paragraphs around the document time: some late, some
 // overlapping, some with the timings of the one before (merged by the
 // schedule), some back to back.
-std::vector<Span> RandomSpans(std::mt19937& rng, long long documentTime, unsigned most)
+std::vector<Span> RandomSpans(std::mt19937& rng, long long documentTime)
 {
     std::vector<Span> spans;
     long long begin = std::max(1LL, documentTime - 300 + static_cast<long long>(rng() % 1500));
-    for (unsigned i = 0, n = 1 + rng() % most; i < n; ++i) {
+    for (unsigned i = 0, n = 1 + rng() % 4; i < n; ++i) {
         const long long end = begin + 40 + static_cast<long long>(rng() % 500);
         spans.emplace_back(begin, end);
         switch (rng() % 4) {
@@ -86,22 +86,15 @@ std::string Clock(unsigned long long ms)
     return buf;
 }
 
-// The same kind of document as EBU-TT-D text, for the parser's way in.
-SubRawData* MakeXmlDocument(std::mt19937& rng, long long mediaTime, void* pCore)
+// The controller tests' EBU-TT-D document with its paragraph moved, for the parser's way in.
+SubRawData* MakeXmlDocument(const Span& span, void* pCore)
 {
-    std::string xml =
-        "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" "
-        "xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\" "
-        "ttp:timeBase=\"media\" xml:lang=\"en\"><head><metadata><ebuttm:documentMetadata>"
-        "<ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
-        "</ebuttm:documentMetadata></metadata>"
-        "<layout><region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/></layout></head>"
-        "<body><div region=\"r\">";
-    for (const Span& span : RandomSpans(rng, mediaTime, 3))
-        xml += "<p begin=\"" + Clock(span.first) + "\" end=\"" + Clock(span.second) + "\"><span>Line</span></p>";
+    const std::string times = "begin=\"00:00:01.000\" end=\"00:00:03.000\"";
     SubRawData* pRaw = new SubRawData();
     pRaw->profile = 2;
-    pRaw->xmlData = xml + "</div></body></tt>";
+    pRaw->xmlData = kEbuDocument;
+    pRaw->xmlData.replace(pRaw->xmlData.find(times), times.size(),
+                          "begin=\"" + Clock(span.first) + "\" end=\"" + Clock(span.second) + "\"");
     pRaw->pCore = pCore;
     return pRaw;
 }
@@ -159,7 +152,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     };
     auto feeder = [&](std::mt19937& rng) {
         const long long timeStamp = (rng() % 4 == 0) ? static_cast<long long>(rng() % 3) * 500 - 500 : 0;
-        CSubtitleInfo* pInfo = MakeDocument(g_ledger, RandomSpans(rng, m_source.Now() + timeStamp, 4), timeStamp);
+        CSubtitleInfo* pInfo = MakeDocument(g_ledger, RandomSpans(rng, m_source.Now() + timeStamp), timeStamp);
         if (pCore->AddSubtitleInfo(pInfo))
             ++queued;
         else
@@ -167,7 +160,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
         return 5 + rng() % 60;
     };
     auto xmlFeeder = [&](std::mt19937& rng) {
-        m_source.Send(TTML_SOURCE_MSG_XML_DATA, MakeXmlDocument(rng, m_source.Now(), pCore));
+        m_source.Send(TTML_SOURCE_MSG_XML_DATA, MakeXmlDocument(RandomSpans(rng, m_source.Now())[0], pCore));
         ++parsed;
         return 20 + rng() % 100;
     };

@@ -56,16 +56,6 @@ public:
         return m_stamps;
     }
 
-    // Media times of the drawings ('D') or removals ('R').
-    std::vector<long long> At(char kind) const
-    {
-        std::vector<long long> times;
-        for (const Stamp& s : Stamps())
-            if (s.what[0] == kind)
-                times.push_back(s.at);
-        return times;
-    }
-
 private:
     const CMediaClock* m_pClock;
     DocumentLedger* m_pLedger;
@@ -118,11 +108,11 @@ public:
     // Runs the loop until done() holds (polled on the loop every 5 ms). A
     // clock not held starts at the first poll, so that a slow start of the
     // loop on a busy machine does not eat into the documents' intervals.
-    bool RunUntil(std::function<bool()> done, double softLimitSeconds = 10.0)
+    bool RunUntil(std::function<bool()> done)
     {
         m_done = std::move(done);
         Ecore_Timer* pPoll = ecore_timer_add(0.005, Poll_Cb, this);
-        bool quit = RunLoop(softLimitSeconds);
+        bool quit = RunLoop(10.0);
         if (!quit)
             ecore_timer_del(pPoll);
         return quit;
@@ -138,7 +128,6 @@ public:
         return now;
     }
 
-    std::vector<std::string> Trace() { return m_drawn.Trace(); }
     void Queue(std::vector<Span> spans, long long timeStamp = 0)
     {
         ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, spans, timeStamp)));
@@ -230,7 +219,7 @@ TEST_P(Play, DrawsAndRemovesInOrder)
             After(0.4, &resume);
         });
     }
-    ASSERT_TRUE(RunUntil([&] { return Trace().size() >= c.trace.size(); }));
+    ASSERT_TRUE(RunUntil([&] { return m_drawn.Stamps().size() >= c.trace.size(); }));
     std::vector<Stamp> stamps = m_drawn.Stamps();
     ASSERT_EQ(c.trace.size(), stamps.size()) << m_log.Dump();
     for (std::size_t i = 0; i < stamps.size(); ++i) {
@@ -523,7 +512,9 @@ TEST_P(Flashing, RecordIsRedrawnEveryFlashInterval)
     Init(kResyncMode);
     At(GetParam().queuedAt, [this] { Queue({{50, 1000}}); });
     ASSERT_TRUE(RunUntil([&] { return m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) == 1; }));
-    std::vector<long long> drawn = m_drawn.At('D'), removed = m_drawn.At('R');
+    std::vector<long long> drawn, removed;
+    for (const Stamp& s : m_drawn.Stamps())
+        (s.what[0] == 'D' ? drawn : removed).push_back(s.at);
     // Redrawn every 300 ms while 300 ms remain: at most 50, 350, 650, 950.
     ASSERT_GE(drawn.size(), 1u);
     EXPECT_LE(drawn.size(), 4u);

@@ -1,14 +1,15 @@
+#include "../Graphics/MainLoopFixture.h"
+
 #include "CGraphicsEngine.h"
-#include "CHeadlessCanvas.h"
 #include "CRenderingData.h"
 #include "DrawRecorder.h"
-#include "IGraphics.h"
 #include "LogCapture.h"
 #include "RowPrinter.h"
 #include "TTMLElem.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <sstream>
@@ -26,16 +27,12 @@ struct Interval {
 std::string Describe(const CRenderingData& schedule)
 {
     std::ostringstream out;
-    bool first = true;
     for (const auto& entry : schedule.GetMap()) {
-        out << (first ? "" : " ") << entry.first << "[";
-        first = false;
         const SubtitleRenderingInfo* pDraw = entry.second.first;
         const SubtitleRenderingInfo* pRemove = entry.second.second;
+        out << (out.tellp() > 0 ? " " : "") << entry.first << "[";
         if (pDraw)
-            out << "+" << pDraw->m_BeginTime << "-" << pDraw->m_EndTime;
-        if (pDraw && pRemove)
-            out << " ";
+            out << "+" << pDraw->m_BeginTime << "-" << pDraw->m_EndTime << (pRemove ? " " : "");
         if (pRemove)
             out << "-" << pRemove->m_BeginTime << "-" << pRemove->m_EndTime;
         out << "]";
@@ -48,29 +45,23 @@ std::string Describe(const CRenderingData& schedule)
 // record carries a witness element of its own, drawn as one paragraph on a
 // headless canvas; a witness that outlives the teardown means a record that
 // was never freed, a paragraph still made one whose renderer was not.
-IGraphics* GraphicsOver(CHeadlessCanvas& canvas)
-{
-    canvas.Initialize(1920, 1080);
-    IGraphics* pGraphics = IGraphics::Create();
-    pGraphics->Initialize(canvas.GetBaseLayout());
-    return pGraphics;
-}
-
-class ScheduleTest : public ::testing::Test {
+class ScheduleTest : public MainLoopTest {
 protected:
-    ScheduleTest() : m_pGraphics(GraphicsOver(m_canvas)), m_graphics(m_pGraphics)
+    void SetUp() override
     {
-        m_graphics.CreateRootSurface("", "", "");
+        MainLoopTest::SetUp();
+        m_pEngine.reset(new CGraphicsEngine(m_pGraphics));
+        m_pEngine->CreateRootSurface("", "", "");
     }
-    ~ScheduleTest() override { m_pGraphics->Destroy(); }
 
     void TearDown() override
     {
         Clear();
         EXPECT_EQ(0, m_drawn.Live());
         EXPECT_EQ(0, m_drawn.Rejected());
-        for (std::size_t i = 0; i < m_witnesses.size(); ++i)
-            EXPECT_TRUE(m_witnesses[i].expired()) << "record " << i << " was not freed";
+        EXPECT_EQ(m_witnesses.size(), static_cast<std::size_t>(ExpiredWitnesses())) << "records not freed";
+        m_pEngine.reset();
+        MainLoopTest::TearDown();
     }
 
     SubtitleRenderingInfo* Make(Interval interval, std::size_t extraElements = 0)
@@ -83,11 +74,11 @@ protected:
         pRecord->m_ElementList.push_back(witness);
         for (std::size_t i = 0; i < extraElements; ++i)
             pRecord->m_ElementList.push_back(std::make_shared<CElement>(ELEM_SPAN));
-        pRecord->m_pRendererData = m_graphics.CreateRenderer(&pRecord->m_ElementList, false);
+        pRecord->m_pRendererData = m_pEngine->CreateRenderer(&pRecord->m_ElementList, false);
         return pRecord;
     }
 
-    bool Add(Interval interval) { return m_schedule.AddData(Make(interval), &m_graphics); }
+    bool Add(Interval interval) { return m_schedule.AddData(Make(interval), m_pEngine.get()); }
 
     // The engine's timer expiry: pop the front entry (the earliest, which
     // stays until popped) and free what ends there.
@@ -106,7 +97,7 @@ protected:
     {
         if (!pRecord)
             return;
-        m_graphics.DestroyRenderer(pRecord->m_pRendererData);
+        m_pEngine->DestroyRenderer(pRecord->m_pRendererData);
         delete pRecord;
     }
 
@@ -120,17 +111,13 @@ protected:
 
     int ExpiredWitnesses() const
     {
-        int expired = 0;
-        for (const auto& witness : m_witnesses)
-            expired += witness.expired() ? 1 : 0;
-        return expired;
+        return static_cast<int>(std::count_if(m_witnesses.begin(), m_witnesses.end(),
+                                              [](const std::weak_ptr<CElement>& w) { return w.expired(); }));
     }
 
     LogCapture m_log;
     DrawRecorder m_drawn;
-    CHeadlessCanvas m_canvas;
-    IGraphics* m_pGraphics;
-    CGraphicsEngine m_graphics;
+    std::unique_ptr<CGraphicsEngine> m_pEngine;
     CRenderingData m_schedule;
     std::vector<std::weak_ptr<CElement>> m_witnesses;
 };
@@ -211,16 +198,6 @@ INSTANTIATE_TEST_SUITE_P(
                 1, "Restricting previous subtitle endTime(3000) till the beginTime(2500) of new."}),
     TTMLTest::RowName());
 
-TEST_F(ScheduleTest, NullArgumentsAreRefusedAndNothingIsTaken)
-{
-    EXPECT_FALSE(m_schedule.AddData(nullptr, &m_graphics));
-    SubtitleRenderingInfo* pRecord = Make({1000, 2000});
-    EXPECT_FALSE(m_schedule.AddData(pRecord, nullptr));
-    EXPECT_EQ(2, m_log.Count("pData/pGraphicEngine is null!!!"));
-    EXPECT_TRUE(m_schedule.GetMap().empty());
-    Free(pRecord);
-}
-
 // ---- Merging identical intervals --------------------------------------------
 
 struct MergeCase {
@@ -236,7 +213,7 @@ TEST_P(MergeTest, OldKeepsLeadingElementsThenTakesNewOnes)
 {
     const MergeCase& c = GetParam();
     SubtitleRenderingInfo* pOld = Make({1000, 2000}, c.oldSize - 1);
-    m_schedule.AddData(pOld, &m_graphics);
+    m_schedule.AddData(pOld, m_pEngine.get());
     const std::list<CElementSPTR> oldElements = pOld->m_ElementList;
     CRenderer* pOldRenderer = pOld->m_pRendererData;
 
@@ -245,7 +222,7 @@ TEST_P(MergeTest, OldKeepsLeadingElementsThenTakesNewOnes)
         pNew->m_ElementList.clear();
     const std::list<CElementSPTR> newElements = pNew->m_ElementList;
 
-    EXPECT_FALSE(m_schedule.AddData(pNew, &m_graphics));
+    EXPECT_FALSE(m_schedule.AddData(pNew, m_pEngine.get()));
 
     std::vector<CElementSPTR> expected(oldElements.begin(), oldElements.end());
     expected.resize(c.oldKept);
@@ -275,7 +252,7 @@ INSTANTIATE_TEST_SUITE_P(Schedule, MergeTest,
 TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
 {
     SubtitleRenderingInfo* pRecord = Make({1000, 2000}, 2);
-    m_schedule.AddData(pRecord, &m_graphics);
+    m_schedule.AddData(pRecord, m_pEngine.get());
     unsigned long long time = 0;
     CRenderingData::RenderingPair pair(nullptr, nullptr);
     ASSERT_TRUE(m_schedule.PopNextSubtitleData(time, pair));
@@ -284,7 +261,7 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
     CRenderer* pRenderer = pRecord->m_pRendererData;
     m_log.Clear();
 
-    EXPECT_FALSE(m_schedule.AddData(pRecord, &m_graphics));
+    EXPECT_FALSE(m_schedule.AddData(pRecord, m_pEngine.get()));
 
     EXPECT_EQ("1000[+1000-2000] 2000[-1000-2000]", Describe(m_schedule));
     EXPECT_EQ(elements, pRecord->m_ElementList);
@@ -296,9 +273,13 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
 
 // ---- Queries ----------------------------------------------------------------
 
-TEST_F(ScheduleTest, EmptyScheduleQueriesLogAndLeaveOutputsUntouched)
+TEST_F(ScheduleTest, NullArgumentsAreRefusedAndEmptyQueriesLeaveOutputsUntouched)
 {
+    EXPECT_FALSE(m_schedule.AddData(nullptr, m_pEngine.get()));
     SubtitleRenderingInfo* pProbe = Make({1000, 2000});
+    EXPECT_FALSE(m_schedule.AddData(pProbe, nullptr));
+    EXPECT_EQ(2, m_log.Count("pData/pGraphicEngine is null!!!"));
+    EXPECT_TRUE(m_schedule.GetMap().empty()) << "nothing is taken";
     EXPECT_FALSE(m_schedule.IsOverlapping(pProbe));
     Free(pProbe);
 
@@ -333,7 +314,7 @@ TEST_F(ScheduleTest, DestructorWarnsAboutLeftEntriesButFreesNothing)
     SubtitleRenderingInfo* pRecord = Make({1000, 2000});
     {
         CRenderingData schedule;
-        schedule.AddData(pRecord, &m_graphics);
+        schedule.AddData(pRecord, m_pEngine.get());
         m_log.Clear();
     }
     EXPECT_EQ(1, m_log.Count("Potential memory leak! Need to check.", DLOG_WARN));

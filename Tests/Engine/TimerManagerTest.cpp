@@ -7,10 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <deque>
 #include <memory>
-#include <thread>
 #include <vector>
 
 using namespace TTML;
@@ -185,27 +183,19 @@ TEST_F(TimerManagerTest, RearmingKeepsTheTimerAndExpiryReturnsTheCallbackResult)
     EXPECT_EQ((std::vector<unsigned long long>{4500, 4500}), m_calls);
 }
 
-TEST_F(TimerManagerTest, ZeroDelayStopsExistingTimerBeforeCallingBack)
+// A late record stops the timer and calls back at once, on the same thread
+// with the manager's mutex held; the callback may arm again from there, and
+// late records chain until one lies ahead.
+TEST_F(TimerManagerTest, ZeroDelayStopsTheTimerAndCallsBackWhichMayArmAgain)
 {
     ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
-    m_mediaTime = 2500;
-    ASSERT_TRUE(m_manager.SetTimer(2000, 3000, 0));
-
-    EXPECT_FALSE(m_manager.IsTimerAdded());
-    EXPECT_EQ(1, m_graphics.m_last.m_stops);
-    // The stop cleared the timer data before the callback saw it.
-    EXPECT_EQ(std::vector<unsigned long long>{0}, m_calls);
-}
-
-// Late records chained from inside the callback re-enter the manager on the
-// same thread with its mutex held.
-TEST_F(TimerManagerTest, CallbackMayArmAgainWhileLateRecordsChain)
-{
     m_mediaTime = 10000;
     m_next = {8000, 9000, 12000};
     ASSERT_TRUE(m_manager.SetTimer(7000, 11000, 0));
 
-    EXPECT_EQ(3u, m_calls.size());
+    EXPECT_EQ(1, m_graphics.m_last.m_stops);
+    // The stop cleared the timer data before the callbacks saw it.
+    EXPECT_EQ((std::vector<unsigned long long>{0, 0, 0}), m_calls);
     ASSERT_TRUE(m_manager.IsTimerAdded());
     EXPECT_EQ(12000u, m_manager.GetTimerTimeInfo());
     EXPECT_EQ(std::vector<double>{2.0}, m_graphics.Live()->m_periods);
@@ -243,81 +233,62 @@ TEST(TimerManagerCoreTest, MediaTimeComesFromTheCore)
     ICore::GetInstance()->Destroy();
 }
 
-// ---- Resynchronising --------------------------------------------------------
+// ---- Re-arming a running timer: resynchronising and flashing ----------------
 
-struct SyncCase {
+enum class Retime { Sync, Flash };
+
+struct RetimeCase {
     const char* name;
-    unsigned long long armed;  // armed at media time 0
+    Retime op;
+    unsigned long long armed;  // [armed, 20000] armed at media time 0
     long long timeStamp;
-    long long mediaTime;  // when the timer fires
-    double delay;         // of the re-armed timer; 0: not re-armed
+    bool stopped;         // the timer was stopped first (a late record's zero delay does that)
+    long long mediaTime;  // when asked
+    double period;        // the new period in seconds; 0: refused
 };
 
-class SyncTest : public TimerManagerTest, public ::testing::WithParamInterface<SyncCase> {};
+class RetimeTest : public TimerManagerTest, public ::testing::WithParamInterface<RetimeCase> {};
 
-TEST_P(SyncTest, RearmsOnlyWhenFiredTooEarly)
+TEST_P(RetimeTest, ChangesThePeriodOnlyWhenDue)
 {
-    const SyncCase& c = GetParam();
+    const RetimeCase& c = GetParam();
     ASSERT_TRUE(m_manager.SetTimer(c.armed, 20000, c.timeStamp));
-    m_mediaTime = c.mediaTime;
-
-    EXPECT_EQ(c.delay > 0, m_manager.SyncCurrentSubtitles());
-
-    const std::vector<double>& periods = m_graphics.Live()->m_periods;
-    ASSERT_EQ(c.delay > 0 ? 2u : 1u, periods.size());
-    if (c.delay > 0) {
-        EXPECT_DOUBLE_EQ(c.delay, periods.back());
-    }
-    EXPECT_EQ(c.armed, m_manager.GetTimerTimeInfo());
-}
-
-INSTANTIATE_TEST_SUITE_P(Timer, SyncTest,
-                         ::testing::Values(SyncCase{"OnTime", 10000, 0, 10000, 0},
-                                           SyncCase{"Late", 10000, 0, 10500, 0},
-                                           SyncCase{"EarlyWithinTolerance", 10000, 0, 9995, 0},
-                                           SyncCase{"EarlyAtTolerance", 10000, 0, 9990, 0},
-                                           SyncCase{"EarlyPastTolerance", 10000, 0, 9989, 0.011},
-                                           SyncCase{"FarTooEarly", 10000, 0, 9900, 0.1},
-                                           // now = -2: within 10 ms of 5, but below zero
-                                           SyncCase{"NegativeNow", 5, -100, 98, 0.007}),
-                         TTMLTest::RowName());
-
-// ---- Flashing, pause, resume, stop ------------------------------------------
-
-struct FlashCase {
-    const char* name;
-    long long mediaTime;  // record ends at 5000, timestamp 0
-    bool granted;
-    bool late;  // the record was late: its zero delay stopped the timer
-};
-
-class FlashTest : public TimerManagerTest, public ::testing::WithParamInterface<FlashCase> {};
-
-TEST_P(FlashTest, GrantedWhileAnIntervalRemains)
-{
-    ASSERT_TRUE(m_manager.SetTimer(1000, 5000, 0));
-    if (GetParam().late)
+    if (c.stopped)
         m_manager.StopTimer();
-    m_mediaTime = GetParam().mediaTime;
-    EXPECT_EQ(GetParam().granted, m_manager.SetFlashInterval(5000, 0));
-    ASSERT_TRUE(m_manager.IsTimerAdded());
+    m_mediaTime = c.mediaTime;
+    EXPECT_EQ(c.period > 0, c.op == Retime::Sync ? m_manager.SyncCurrentSubtitles()
+                                                 : m_manager.SetFlashInterval(20000, c.timeStamp));
+    ASSERT_NE(nullptr, m_graphics.Live());
     const std::vector<double>& periods = m_graphics.Live()->m_periods;
-    if (GetParam().granted) {
-        EXPECT_EQ(0.3, periods.back());
-        EXPECT_TRUE(m_log.Has("Set interval done"));
+    if (c.period > 0) {
+        EXPECT_DOUBLE_EQ(c.period, periods.back());
     } else {
         EXPECT_EQ(1u, periods.size());
-        EXPECT_TRUE(m_log.Has("Remaining time is less than flash interval"));
+    }
+    if (c.op == Retime::Sync) {
+        EXPECT_EQ(c.armed, m_manager.GetTimerTimeInfo());
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Timer, FlashTest,
-                         ::testing::Values(FlashCase{"Remaining299", 4701, false, false},
-                                           FlashCase{"Remaining300", 4700, true, false},
-                                           FlashCase{"Ended", 6000, false, false},
-                                           FlashCase{"LongAhead", 1000, true, false},
-                                           FlashCase{"LateRecord", 1500, true, true}),
-                         TTMLTest::RowName());
+INSTANTIATE_TEST_SUITE_P(
+    Timer, RetimeTest,
+    ::testing::Values(RetimeCase{"SyncOnTime", Retime::Sync, 10000, 0, false, 10000, 0},
+                      RetimeCase{"SyncLate", Retime::Sync, 10000, 0, false, 10500, 0},
+                      RetimeCase{"SyncEarlyWithinTolerance", Retime::Sync, 10000, 0, false, 9995, 0},
+                      RetimeCase{"SyncEarlyAtTolerance", Retime::Sync, 10000, 0, false, 9990, 0},
+                      RetimeCase{"SyncEarlyPastTolerance", Retime::Sync, 10000, 0, false, 9989, 0.011},
+                      RetimeCase{"SyncFarTooEarly", Retime::Sync, 10000, 0, false, 9900, 0.1},
+                      // now = -2: within 10 ms of 5, but below zero
+                      RetimeCase{"SyncNegativeNow", Retime::Sync, 5, -100, false, 98, 0.007},
+                      RetimeCase{"FlashRemaining299", Retime::Flash, 1000, 0, false, 19701, 0},
+                      RetimeCase{"FlashRemaining300", Retime::Flash, 1000, 0, false, 19700, 0.3},
+                      RetimeCase{"FlashEnded", Retime::Flash, 1000, 0, false, 21000, 0},
+                      RetimeCase{"FlashLongAhead", Retime::Flash, 1000, 0, false, 1000, 0.3},
+                      RetimeCase{"FlashTimeStamp", Retime::Flash, 1000, 500, false, 19200, 0.3},
+                      RetimeCase{"FlashLateRecord", Retime::Flash, 1000, 0, true, 1500, 0.3}),
+    TTMLTest::RowName());
+
+// ---- Pause, resume, stop -----------------------------------------------------
 
 struct PauseCase {
     const char* name;
@@ -361,23 +332,13 @@ INSTANTIATE_TEST_SUITE_P(Timer, PauseTest,
                                            PauseCase{"LateOnPausedTimer", true, false, 6000}),
                          TTMLTest::RowName());
 
-TEST_F(TimerManagerTest, PauseResumeReachTheTimerAndStopForgetsEverything)
+TEST_F(TimerManagerTest, StopForgetsTimerTimeAndShownRecord)
 {
-    // Without a timer they make none.
-    m_manager.PauseTimer();
-    m_manager.ResumeTimer();
     m_manager.StopTimer();
-    EXPECT_FALSE(m_log.Has("Stopping timer!"));
-    EXPECT_EQ(0, m_graphics.m_created);
-    EXPECT_FALSE(m_manager.IsPaused());
-
+    EXPECT_FALSE(m_log.Has("Stopping timer!")) << "nothing to stop";
     int shown = 0;
     ASSERT_TRUE(m_manager.SetTimer(1000, 5000, 250));
     m_manager.SetRenderedSubData(&shown);
-    m_manager.PauseTimer();
-    m_manager.ResumeTimer();
-    EXPECT_EQ(1, m_graphics.Live()->m_pauses);
-    EXPECT_EQ(1, m_graphics.Live()->m_resumes);
     EXPECT_EQ(&shown, m_manager.GetRenderedSubData());
 
     m_manager.StopTimer();
@@ -390,30 +351,6 @@ TEST_F(TimerManagerTest, PauseResumeReachTheTimerAndStopForgetsEverything)
     // The next arming makes a fresh timer.
     ASSERT_TRUE(m_manager.SetTimer(2000, 5000, 0));
     EXPECT_EQ(2, m_graphics.m_created);
-}
-
-// The engine thread reads whether a timer is armed and for when while the main
-// loop arms and stops it.
-TEST_F(TimerManagerTest, ReadersOnAnotherThreadSeeConsistentState)
-{
-    std::atomic<bool> done(false);
-    std::thread reader([&] {
-        while (!done) {
-            (void)m_manager.IsTimerAdded();
-            (void)m_manager.GetRenderedSubData();
-            const unsigned long long time = m_manager.GetTimerTimeInfo();
-            if (time % 1000 != 0)
-                ADD_FAILURE() << "torn time " << time;
-        }
-    });
-    for (int i = 1; i <= 2000; ++i) {
-        m_manager.SetTimer(1000ull * i, 1000ull * i + 500, 0);
-        if (i % 3 == 0)
-            m_manager.StopTimer();
-    }
-    done = true;
-    reader.join();
-    EXPECT_EQ(m_graphics.m_created - m_graphics.m_destroyed, m_graphics.Live() ? 1 : 0);
 }
 
 }  // namespace
