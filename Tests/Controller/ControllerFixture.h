@@ -9,6 +9,7 @@
 #include "CTTMLMenu.h"
 #include "CTVService.h"
 #include "ITTMLSource.h"
+#include "StartNotifyData.h"
 #include "TTMLLog.h"
 
 #include <Evas.h>
@@ -139,6 +140,15 @@ public:
     }
 
     void* Parent() { return m_canvas.GetBaseLayout(); }
+
+    // A start message from the source.
+    void SendStart(ScriptedSource& source, bool bandMode)
+    {
+        TTML::StartNotifyData start;
+        start.bandMode = bandMode;
+        start.pCore = Core();
+        ASSERT_TRUE(source.Send(TTML::TTML_SOURCE_MSG_START, &start));
+    }
 
     // Runs the main loop until done() holds; by default until every request
     // queued for it has run.

@@ -45,14 +45,6 @@ public:
         ASSERT_TRUE(Core()->Initialize(&m_source, Parent()));
     }
 
-    void SendStart(bool bandMode)
-    {
-        StartNotifyData start;
-        start.bandMode = bandMode;
-        start.pCore = Core();
-        ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_START, &start));
-    }
-
     ScriptedSource m_source;
 };
 
@@ -204,7 +196,7 @@ TEST_F(Controller, RecordsWithoutACoreAreRefused)
 TEST_F(Controller, ParsedXmlReachesTheEngineAndBrokenXmlIsDropped)
 {
     Start();
-    SendStart(false);
+    SendStart(m_source, false);
     LogCapture log;
     for (const std::string& xml : {kEbuDocument, kEbuDocument.substr(0, kEbuDocument.size() / 2), kEbuDocument}) {
         SubRawData* pRaw = new SubRawData();
@@ -238,54 +230,31 @@ TEST_F(Controller, TheEngineOwnsQueuedDocumentsAndNullIsRefused)
 
 // --- Playback notifications ---------------------------------------------------
 
-TEST_F(Controller, PauseAndResumeReachTheEngine)
-{
-    Start();
-    LogCapture log;
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_PAUSE, Core()));
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_PAUSE, Core()));
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_RESUME, Core()));
-    RunUntil();
-    // Nothing is armed yet: the timer manager remembers the pause for the next timer.
-    EXPECT_EQ(2, log.Count("No timer; the next one starts paused")) << log.Dump();
-    EXPECT_EQ(1, log.Count("No timer to resume"));
-}
-
-TEST_F(Controller, StopResetsParserThenEngineAndKeepsThem)
-{
-    Start();
-    LogCapture log;
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_STOP, Core()));
-    EXPECT_TRUE(log.Has("Reset is done", DLOG_INFO)) << log.Dump();
-    RunUntil();
-    EXPECT_EQ(1, log.Count("Engine reset done"));
-    // Still wired: the next start reaches the same engine.
-    SendStart(false);
-    EXPECT_TRUE(log.Has("bandMode=0"));
-}
-
-struct SeekCase {
+struct PlaybackCase {
     const char* name;
     std::vector<bool> startBandModes;  // one start each, in order
+    std::vector<int> messages;         // then these, with their payloads
     int seeks;                         // seek start and completed that reach the engine
-    bool reset;                        // parser and engine reset instead
+    bool reset;                        // parser and engine reset
+    int pauses;                        // pauses and resumes that reach the engine
+    int resumes;
 };
 
-class Seek : public Controller, public ::testing::WithParamInterface<SeekCase> {};
+class Playback : public Controller, public ::testing::WithParamInterface<PlaybackCase> {};
 
-TEST_P(Seek, OutOfBandSeeksAndBandModeResets)
+TEST_P(Playback, ReachesTheEngineOrResetsIt)
 {
-    const SeekCase& c = GetParam();
+    const PlaybackCase& c = GetParam();
     Start();
     for (bool band : c.startBandModes)
-        SendStart(band);
+        SendStart(m_source, band);
 
     LogCapture log;
     SeekNotifyData seek;
     seek.position = 90061001;
     seek.pCore = Core();
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_START, &seek));
-    ASSERT_TRUE(m_source.Send(TTML_SOURCE_MSG_SEEK_COMPLETED, Core()));
+    for (int id : c.messages)
+        ASSERT_TRUE(m_source.Send(id, id == TTML_SOURCE_MSG_SEEK_START ? static_cast<void*>(&seek) : Core()));
     RunUntil();
 
     EXPECT_EQ(c.seeks, log.Count("milliseconds=90061001"));
@@ -293,13 +262,25 @@ TEST_P(Seek, OutOfBandSeeksAndBandModeResets)
     EXPECT_EQ(c.seeks, log.Count("Enter for message Id:6"));
     EXPECT_EQ(c.reset ? 1 : 0, log.Count("Engine reset done"));
     EXPECT_EQ(c.reset, log.Has("Reset is done"));
+    // Nothing is armed: the timer manager remembers a pause for the next timer.
+    EXPECT_EQ(c.pauses, log.Count("No timer; the next one starts paused")) << log.Dump();
+    EXPECT_EQ(c.resumes, log.Count("No timer to resume"));
+    // Reset or not, the engine is still there for the next start.
+    SendStart(m_source, false);
+    EXPECT_TRUE(log.Has("bandMode=0"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Controller, Seek,
-                         ::testing::Values(SeekCase{"OutOfBand", {false}, 1, false},
-                                           SeekCase{"BandMode", {true}, 0, true},
-                                           SeekCase{"BandModeEndsAtNextStart", {true, false}, 1, false}),
-                         TTMLTest::RowName());
+const std::vector<int> kSeek = {TTML_SOURCE_MSG_SEEK_START, TTML_SOURCE_MSG_SEEK_COMPLETED};
+
+INSTANTIATE_TEST_SUITE_P(
+    Controller, Playback,
+    ::testing::Values(PlaybackCase{"SeekOutOfBand", {false}, kSeek, 1, false, 0, 0},
+                      PlaybackCase{"SeekInBandResets", {true}, kSeek, 0, true, 0, 0},
+                      PlaybackCase{"BandModeEndsAtNextStart", {true, false}, kSeek, 1, false, 0, 0},
+                      PlaybackCase{"Stop", {false}, {TTML_SOURCE_MSG_STOP}, 0, true, 0, 0},
+                      PlaybackCase{"PauseResume", {false},
+                                   {TTML_SOURCE_MSG_PAUSE, TTML_SOURCE_MSG_PAUSE, TTML_SOURCE_MSG_RESUME}, 0, false, 2, 1}),
+    TTMLTest::RowName());
 
 // --- Show, hide and the menu ------------------------------------------------------
 
@@ -380,10 +361,6 @@ TEST_F(Controller, AfterInvalidateOnlySourceRequestsFailAndTheRestLivesOn)
     EXPECT_EQ(0, lang) << "the language request never reached the menu";
     m_source.SendLate(TTML_SOURCE_MSG_PAUSE, Core());
     EXPECT_EQ(1, log.Count("Enter for message Id:3"));
-
-    // A second invalidate has nothing left to unregister.
-    m_source.SendLate(TTML_SOURCE_MSG_INVALIDATE, Core());
-    EXPECT_EQ(1, m_source.unregistrations);
 }
 
 // --- Destroy ------------------------------------------------------------------

@@ -18,7 +18,6 @@
 #include "LogCapture.h"
 #include "RowPrinter.h"
 #include "SeekNotifyData.h"
-#include "StartNotifyData.h"
 #include "SubRawData.h"
 
 #include <gtest/gtest.h>
@@ -52,9 +51,7 @@ public:
 
 DocumentLedger g_ledger;
 
-// 1 to 4 paragraphs around the document time: some late, some
-// overlapping, some with the timings of the one before (merged by the
-// schedule), some back to back.
+// 1 to 4 paragraphs around the document time, some late.
 std::vector<Span> RandomSpans(std::mt19937& rng, long long documentTime)
 {
     std::vector<Span> spans;
@@ -62,18 +59,15 @@ std::vector<Span> RandomSpans(std::mt19937& rng, long long documentTime)
     for (unsigned i = 0, n = 1 + rng() % 4; i < n; ++i) {
         const long long end = begin + 40 + static_cast<long long>(rng() % 500);
         spans.emplace_back(begin, end);
-        switch (rng() % 4) {
-        case 0:
-            break;  // same timings again
-        case 1:
+        // The next has the same timings (merged by the schedule), follows back
+        // to back, overlaps, or follows after a gap.
+        const unsigned next = rng() % 4;
+        if (next == 1)
             begin = end;
-            break;
-        case 2:
+        else if (next == 2)
             begin += static_cast<long long>(rng() % static_cast<unsigned>(end - begin));
-            break;
-        default:
+        else if (next == 3)
             begin = end + static_cast<long long>(rng() % 300);
-        }
     }
     return spans;
 }
@@ -133,10 +127,7 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     CController* pCore = Core();
     ASSERT_TRUE(pCore->Initialize(&m_source, Parent()));
     m_source.clock.Start();
-    StartNotifyData start;
-    start.bandMode = GetParam().bandMode;
-    start.pCore = pCore;
-    m_source.Send(TTML_SOURCE_MSG_START, &start);
+    SendStart(m_source, GetParam().bandMode);
 
     const std::size_t firstDocument = g_ledger.Counts().size();
     std::atomic<int> queued{0}, parsed{0}, playbackCalls{0};

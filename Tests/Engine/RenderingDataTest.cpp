@@ -307,23 +307,6 @@ TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
     EXPECT_EQ("2000[-1000-2000]", Describe(m_schedule));
 }
 
-// ---- Destructor -------------------------------------------------------------
-
-TEST_F(ScheduleTest, DestructorWarnsAboutLeftEntriesButFreesNothing)
-{
-    SubtitleRenderingInfo* pRecord = Make({1000, 2000});
-    {
-        CRenderingData schedule;
-        schedule.AddData(pRecord, m_pEngine.get());
-        m_log.Clear();
-    }
-    EXPECT_EQ(1, m_log.Count("Potential memory leak! Need to check.", DLOG_WARN));
-    EXPECT_TRUE(m_log.Has("To render: bTime=[1000], eTime[2000]"));
-    // Still ours to free: the schedule never deletes records on its own.
-    EXPECT_EQ(1, m_drawn.Live());
-    Free(pRecord);
-}
-
 // ---- A long run: every record freed exactly once ----------------------------
 
 // Random arrivals (repeats, overlaps, late duplicates) interleaved with timer
