@@ -48,18 +48,8 @@ public:
         *pTime = mediaTime;
         return 0;
     }
-
-    std::list<std::string> GetFontErrorList() override
-    {
-        ++fontListReads;
-        return fonts;
-    }
-
-    int GetSubtitleMode() override
-    {
-        ++modeReads;
-        return mode;
-    }
+    std::list<std::string> GetFontErrorList() override { ++fontListReads; return fonts; }
+    int GetSubtitleMode() override { ++modeReads; return mode; }
 
     // Delivers one message as the source thread would; false when nobody listens.
     bool Send(int msgId, void* data)

@@ -105,62 +105,98 @@ protected:
     CTimerManager m_manager;
 };
 
-// ---- Arming ----------------------------------------------------------------
+// ---- From document time to timer period ------------------------------------
 
-struct ArmCase {
+// Arming for a record [begin, end] at the media time; or, once armed for it at
+// media time 0, resynchronising after an early expiry or switching to the
+// flash interval at the media time.
+enum class Op { Arm, Sync, Flash };
+
+struct TimingCase {
     const char* name;
-    long long mediaTime;
+    Op op;
     unsigned long long begin;
     unsigned long long end;
     long long timeStamp;
-    bool bandMode;
+    long long mediaTime;
     bool result;
-    double delay;     // > 0: a timer of this many seconds; 0: callback at once; < 0: nothing
-    const char* log;  // a line SetTimer must write, or ""
+    // The timer's period afterwards in seconds. Arm: 0 called back at once,
+    // < 0 nothing; Sync and Flash: 0 unchanged.
+    double period;
+    const char* log = "";      // a line that must be written
+    bool bandMode = false;     // Arm
+    bool stoppedFirst = false; // Sync, Flash: as a late record's zero delay does
 };
 
-class ArmTest : public TimerManagerTest, public ::testing::WithParamInterface<ArmCase> {};
+class TimingTest : public TimerManagerTest, public ::testing::WithParamInterface<TimingCase> {};
 
-TEST_P(ArmTest, TurnsDocumentTimeIntoDelay)
+TEST_P(TimingTest, TurnsDocumentTimeIntoAPeriod)
 {
-    const ArmCase& c = GetParam();
-    m_mediaTime = c.mediaTime;
+    const TimingCase& c = GetParam();
     m_manager.SetBandMode(c.bandMode);
-
-    EXPECT_EQ(c.result, m_manager.SetTimer(c.begin, c.end, c.timeStamp));
-
-    EXPECT_TRUE(!*c.log || m_log.Has(c.log)) << m_log.Dump();
-    if (c.delay > 0) {
-        ASSERT_NE(nullptr, m_graphics.Live());
-        EXPECT_EQ(std::vector<double>{c.delay}, m_graphics.Live()->m_periods);
-        EXPECT_EQ(c.begin, m_manager.GetTimerTimeInfo());
-        EXPECT_TRUE(m_calls.empty());
-    } else {
-        EXPECT_EQ(0, m_graphics.m_created);
-        EXPECT_EQ(c.delay == 0 ? 1u : 0u, m_calls.size());
+    if (c.op != Op::Arm) {
+        ASSERT_TRUE(m_manager.SetTimer(c.begin, c.end, c.timeStamp));
+        if (c.stoppedFirst)
+            m_manager.StopTimer();
     }
+    m_mediaTime = c.mediaTime;
+    EXPECT_EQ(c.result, c.op == Op::Arm    ? m_manager.SetTimer(c.begin, c.end, c.timeStamp)
+                        : c.op == Op::Sync ? m_manager.SyncCurrentSubtitles()
+                                           : m_manager.SetFlashInterval(c.end, c.timeStamp));
+    EXPECT_TRUE(!*c.log || m_log.Has(c.log)) << m_log.Dump();
+    if (c.op == Op::Arm && c.period <= 0) {
+        EXPECT_EQ(0, m_graphics.m_created);
+        EXPECT_EQ(c.period == 0 ? 1u : 0u, m_calls.size());
+        return;
+    }
+    ASSERT_NE(nullptr, m_graphics.Live());
+    const std::vector<double>& periods = m_graphics.Live()->m_periods;
+    if (c.period > 0) {
+        EXPECT_DOUBLE_EQ(c.period, periods.back());
+    }
+    EXPECT_EQ(c.op == Op::Arm || c.period == 0 || c.stoppedFirst ? 1u : 2u, periods.size());
+    if (c.op != Op::Flash) {
+        EXPECT_EQ(c.begin, m_manager.GetTimerTimeInfo());
+    }
+    EXPECT_TRUE(m_calls.empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Timer, ArmTest,
+    Timer, TimingTest,
     ::testing::Values(
-        ArmCase{"Ahead", 4000, 5000, 8000, 0, false, true, 1.0,
-                "Timing_Info: videoTime: [4000] ms, timeToSync : [5000] ms, eTime : [8000] ms, tStamp=[0]"},
-        ArmCase{"BeginLate", 6000, 5000, 8000, 0, false, true, 0, "Timing_Info: beginTime late by = [1000]"},
-        ArmCase{"BeginNow", 5000, 5000, 8000, 0, false, true, 0,
-                "Special case where time interval is zero, calling timer callback function!"},
-        ArmCase{"EndPassed", 8001, 5000, 8000, 0, false, false, -1,
-                "Current time is greater than the end time of subtitle; returning!!!"},
-        ArmCase{"EndNow", 8000, 5000, 8000, 0, false, true, 0, "Timing_Info: beginTime late by = [3000]"},
-        ArmCase{"InbandTooFar", 0, 700000, 800000, 0, true, false, -1,
-                "Presentation time of current inband data is very late: [700.000000 seconds]. "
-                "Discarding this subtitle."},
-        ArmCase{"InbandAtLimit", 0, 600000, 800000, 0, true, true, 600.0, "Adding timer for: [600.000000] seconds"},
-        ArmCase{"OutOfBandFar", 0, 700000, 800000, 0, false, true, 700.0, ""},
-        ArmCase{"NegativeTimeStamp", 7000, 6000, 8000, -2000, false, true, 1.0,
-                "Timing_Info: videoTime: [5000] ms, timeToSync : [6000] ms, eTime : [8000] ms, tStamp=[-2000]"},
+        TimingCase{"Ahead", Op::Arm, 5000, 8000, 0, 4000, true, 1.0,
+                   "Timing_Info: videoTime: [4000] ms, timeToSync : [5000] ms, eTime : [8000] ms, tStamp=[0]"},
+        TimingCase{"BeginLate", Op::Arm, 5000, 8000, 0, 6000, true, 0, "Timing_Info: beginTime late by = [1000]"},
+        TimingCase{"BeginNow", Op::Arm, 5000, 8000, 0, 5000, true, 0,
+                   "Special case where time interval is zero, calling timer callback function!"},
+        TimingCase{"EndPassed", Op::Arm, 5000, 8000, 0, 8001, false, -1,
+                   "Current time is greater than the end time of subtitle; returning!!!"},
+        TimingCase{"EndNow", Op::Arm, 5000, 8000, 0, 8000, true, 0, "Timing_Info: beginTime late by = [3000]"},
+        TimingCase{"InbandTooFar", Op::Arm, 700000, 800000, 0, 0, false, -1,
+                   "Presentation time of current inband data is very late: [700.000000 seconds]. "
+                   "Discarding this subtitle.",
+                   true},
+        TimingCase{"InbandAtLimit", Op::Arm, 600000, 800000, 0, 0, true, 600.0, "", true},
+        TimingCase{"OutOfBandFar", Op::Arm, 700000, 800000, 0, 0, true, 700.0},
+        TimingCase{"NegativeTimeStamp", Op::Arm, 6000, 8000, -2000, 7000, true, 1.0,
+                   "Timing_Info: videoTime: [5000] ms, timeToSync : [6000] ms, eTime : [8000] ms, tStamp=[-2000]"},
         // Document time below zero must compare signed, not wrap.
-        ArmCase{"NowBelowZero", 2000, 0, 1000, -10000, false, true, 8.0, ""}),
+        TimingCase{"NowBelowZero", Op::Arm, 0, 1000, -10000, 2000, true, 8.0},
+        // Resynchronising: only an expiry more than 10 ms early re-arms.
+        TimingCase{"SyncOnTime", Op::Sync, 10000, 20000, 0, 10000, false, 0},
+        TimingCase{"SyncLate", Op::Sync, 10000, 20000, 0, 10500, false, 0},
+        TimingCase{"SyncEarlyAtTolerance", Op::Sync, 10000, 20000, 0, 9990, false, 0},
+        TimingCase{"SyncEarlyPastTolerance", Op::Sync, 10000, 20000, 0, 9989, true, 0.011},
+        TimingCase{"SyncFarTooEarly", Op::Sync, 10000, 20000, 0, 9900, true, 0.1},
+        // now = -2: within 10 ms of 5, but below zero
+        TimingCase{"SyncNegativeNow", Op::Sync, 5, 20000, -100, 98, true, 0.007},
+        // Flashing: granted while 300 ms of the record remain.
+        TimingCase{"FlashRemaining299", Op::Flash, 1000, 20000, 0, 19701, false, 0},
+        TimingCase{"FlashRemaining300", Op::Flash, 1000, 20000, 0, 19700, true, 0.3},
+        TimingCase{"FlashEnded", Op::Flash, 1000, 20000, 0, 21000, false, 0},
+        TimingCase{"FlashLongAhead", Op::Flash, 1000, 20000, 0, 1000, true, 0.3},
+        TimingCase{"FlashTimeStamp", Op::Flash, 1000, 20000, 500, 19200, true, 0.3},
+        TimingCase{"FlashLateRecord", Op::Flash, 1000, 20000, 0, 1500, true, 0.3, "", false, true}),
     TTMLTest::RowName());
 
 TEST_F(TimerManagerTest, RearmingKeepsTheTimerAndExpiryReturnsTheCallbackResult)
@@ -214,61 +250,6 @@ TEST_F(TimerManagerTest, WithoutMediaTimeOrTimerNothingIsArmed)
     EXPECT_TRUE(m_log.Has("m_pTimer is Null", DLOG_ERROR));
     EXPECT_FALSE(m_manager.IsTimerAdded());
 }
-
-// ---- Re-arming a running timer: resynchronising and flashing ----------------
-
-enum class Retime { Sync, Flash };
-
-struct RetimeCase {
-    const char* name;
-    Retime op;
-    unsigned long long armed;  // [armed, 20000] armed at media time 0
-    long long timeStamp;
-    bool stopped;         // the timer was stopped first (a late record's zero delay does that)
-    long long mediaTime;  // when asked
-    double period;        // the new period in seconds; 0: refused
-};
-
-class RetimeTest : public TimerManagerTest, public ::testing::WithParamInterface<RetimeCase> {};
-
-TEST_P(RetimeTest, ChangesThePeriodOnlyWhenDue)
-{
-    const RetimeCase& c = GetParam();
-    ASSERT_TRUE(m_manager.SetTimer(c.armed, 20000, c.timeStamp));
-    if (c.stopped)
-        m_manager.StopTimer();
-    m_mediaTime = c.mediaTime;
-    EXPECT_EQ(c.period > 0, c.op == Retime::Sync ? m_manager.SyncCurrentSubtitles()
-                                                 : m_manager.SetFlashInterval(20000, c.timeStamp));
-    ASSERT_NE(nullptr, m_graphics.Live());
-    const std::vector<double>& periods = m_graphics.Live()->m_periods;
-    if (c.period > 0) {
-        EXPECT_DOUBLE_EQ(c.period, periods.back());
-    } else {
-        EXPECT_EQ(1u, periods.size());
-    }
-    if (c.op == Retime::Sync) {
-        EXPECT_EQ(c.armed, m_manager.GetTimerTimeInfo());
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Timer, RetimeTest,
-    ::testing::Values(RetimeCase{"SyncOnTime", Retime::Sync, 10000, 0, false, 10000, 0},
-                      RetimeCase{"SyncLate", Retime::Sync, 10000, 0, false, 10500, 0},
-                      RetimeCase{"SyncEarlyWithinTolerance", Retime::Sync, 10000, 0, false, 9995, 0},
-                      RetimeCase{"SyncEarlyAtTolerance", Retime::Sync, 10000, 0, false, 9990, 0},
-                      RetimeCase{"SyncEarlyPastTolerance", Retime::Sync, 10000, 0, false, 9989, 0.011},
-                      RetimeCase{"SyncFarTooEarly", Retime::Sync, 10000, 0, false, 9900, 0.1},
-                      // now = -2: within 10 ms of 5, but below zero
-                      RetimeCase{"SyncNegativeNow", Retime::Sync, 5, -100, false, 98, 0.007},
-                      RetimeCase{"FlashRemaining299", Retime::Flash, 1000, 0, false, 19701, 0},
-                      RetimeCase{"FlashRemaining300", Retime::Flash, 1000, 0, false, 19700, 0.3},
-                      RetimeCase{"FlashEnded", Retime::Flash, 1000, 0, false, 21000, 0},
-                      RetimeCase{"FlashLongAhead", Retime::Flash, 1000, 0, false, 1000, 0.3},
-                      RetimeCase{"FlashTimeStamp", Retime::Flash, 1000, 500, false, 19200, 0.3},
-                      RetimeCase{"FlashLateRecord", Retime::Flash, 1000, 0, true, 1500, 0.3}),
-    TTMLTest::RowName());
 
 // ---- Pause, resume, stop -----------------------------------------------------
 
