@@ -119,7 +119,6 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
     const unsigned seed = seedText && *seedText ? static_cast<unsigned>(std::strtoul(seedText, nullptr, 10))
                                                 : static_cast<unsigned>(std::random_device()());
     std::printf("EngineStress seed=%u (INTERTITLE_STRESS_SEED=%u repeats it)\n", seed, seed);
-    RecordProperty("seed", std::to_string(seed));
     SCOPED_TRACE("seed " + std::to_string(seed));
     LogCapture log;
     const std::thread::id mainLoop = std::this_thread::get_id();
@@ -156,24 +155,21 @@ TEST_P(EngineStress, EverythingIsGivenBackOnceAfterConcurrentPlaybackChanges)
         return 20 + rng() % 100;
     };
     auto playback = [&](std::mt19937& rng) {
-        void* pUser = pCore;
         const unsigned pick = rng() % 10;
-        if (pick < 3) {
-            m_source.clock.Pause();
-            m_source.Send(TTML_SOURCE_MSG_PAUSE, pUser);
-        } else if (pick < 6) {
-            m_source.clock.Resume();
-            m_source.Send(TTML_SOURCE_MSG_RESUME, pUser);
+        if (pick < 6) {
+            const bool pause = pick < 3;
+            pause ? m_source.clock.Pause() : m_source.clock.Resume();
+            m_source.Send(pause ? TTML_SOURCE_MSG_PAUSE : TTML_SOURCE_MSG_RESUME, pCore);
         } else if (pick < 9) {
             SeekNotifyData seek;
             seek.position = std::max(0LL, m_source.Now() - 1000 + static_cast<long long>(rng() % 2500));
-            seek.pCore = pUser;
+            seek.pCore = pCore;
             m_source.clock.Seek(seek.position);
             m_source.Send(TTML_SOURCE_MSG_SEEK_START, &seek);
             std::this_thread::sleep_for(std::chrono::milliseconds(rng() % 30));
-            m_source.Send(TTML_SOURCE_MSG_SEEK_COMPLETED, pUser);
+            m_source.Send(TTML_SOURCE_MSG_SEEK_COMPLETED, pCore);
         } else {
-            m_source.Send(TTML_SOURCE_MSG_STOP, pUser);  // resets parser and engine
+            m_source.Send(TTML_SOURCE_MSG_STOP, pCore);  // resets parser and engine
         }
         ++playbackCalls;
         return 20 + rng() % 150;

@@ -121,13 +121,6 @@ public:
     // Runs fn on the loop once the media clock reaches atMs.
     void At(long long atMs, std::function<void()> fn) { m_scheduled.push_back({atMs, std::move(fn), false}); }
 
-    long long MediaNow()
-    {
-        long long now = 0;
-        m_clock.Now(now);
-        return now;
-    }
-
     void Queue(std::vector<Span> spans, long long timeStamp = 0)
     {
         ASSERT_TRUE(m_pEngine->AddToQueue(MakeDocument(m_ledger, spans, timeStamp)));
@@ -144,8 +137,9 @@ public:
     {
         return m_log.HasContaining("synched timer for time=[" + std::to_string(time) + "]");
     }
-    // Every main-loop request has run.
-    static bool Idle() { return CMainThreadUtils::GetInstance()->GetPendingCount() == 0; }
+    // Requests waiting for the main loop; idle when none.
+    static std::size_t Pending() { return CMainThreadUtils::GetInstance()->GetPendingCount(); }
+    static bool Idle() { return Pending() == 0; }
 
     LogCapture m_log;
     CEngine* m_pEngine = nullptr;
@@ -165,7 +159,8 @@ private:
         EngineTest* pSelf = static_cast<EngineTest*>(data);
         if (pSelf->m_autoStart && pSelf->m_clock.IsStopped())
             pSelf->m_clock.Start();
-        const long long now = pSelf->MediaNow();
+        long long now = 0;
+        pSelf->m_clock.Now(now);
         for (Scheduled& s : pSelf->m_scheduled) {
             if (!s.done && now >= s.atMs) {
                 s.done = true;
@@ -406,24 +401,20 @@ TEST_P(Blocked, ReleasesTheEngineThreadWithoutDeadlock)
 {
     const BlockedCase& c = GetParam();
     Init();
-    CMainThreadUtils* pUtils = CMainThreadUtils::GetInstance();
-    ASSERT_NE(nullptr, pUtils);
-
     // Holds the main loop until the engine thread waits in its synchronous
     // call (and, for the reset, behind the reset request).
     bool reached = false;
     std::function<void()> block = [&] {
-        std::thread source([&] {
+        std::thread([&] {
             if (c.reset)
                 m_pEngine->Reset();
             Queue({{0, 5000}, {5000, 6000}});
             Queue({{6000, 7000}});  // waits on the queue meanwhile
-        });
-        source.join();
+        }).join();
         const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(3);
-        while (pUtils->GetPendingCount() < c.pendingCalls && std::chrono::steady_clock::now() < limit)
+        while (!(reached = Pending() >= c.pendingCalls && m_log.HasContaining("Sending to main loop.")) &&
+               std::chrono::steady_clock::now() < limit)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        reached = pUtils->GetPendingCount() >= c.pendingCalls && m_log.HasContaining("Sending to main loop.");
         if (!c.reset)
             m_pEngine->Destroy();
     };
@@ -465,7 +456,8 @@ TEST_P(MenuChange, RedrawsWhatIsShownWithoutWaitingForTheLoop)
     Init();
     if (!c.spans.empty())
         At(0, [this, &c] { Queue(c.spans); });
-    bool notified = false, joined = false;
+    bool due = false, notified = false, joined = false;
+    At(100, [&due] { due = true; });
     auto notify = [&] {
         AllowCaptionDivision();
         std::packaged_task<void()> toggle([] { ToggleCaptionDivision(); });
@@ -479,7 +471,7 @@ TEST_P(MenuChange, RedrawsWhatIsShownWithoutWaitingForTheLoop)
             source.detach();  // released once the loop runs again
     };
     ASSERT_TRUE(RunUntil([&] {
-        if (!notified && MediaNow() >= 100 && (c.spans.empty() || Armed(c.spans[0].first))) {
+        if (!notified && due && (c.spans.empty() || Armed(c.spans[0].first))) {
             notified = true;
             notify();
         }

@@ -273,7 +273,7 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
 
 // ---- Queries ----------------------------------------------------------------
 
-TEST_F(ScheduleTest, NullArgumentsAreRefusedAndEmptyQueriesLeaveOutputsUntouched)
+TEST_F(ScheduleTest, NullArgumentsAndAbsentTimesAreRefusedWithoutChange)
 {
     EXPECT_FALSE(m_schedule.AddData(nullptr, m_pEngine.get()));
     SubtitleRenderingInfo* pProbe = Make({1000, 2000});
@@ -293,10 +293,7 @@ TEST_F(ScheduleTest, NullArgumentsAreRefusedAndEmptyQueriesLeaveOutputsUntouched
     EXPECT_EQ(&marker, pair.second);
     m_schedule.Dump();
     EXPECT_EQ(4, m_log.Count("Data map is empty!"));
-}
 
-TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
-{
     Add({1000, 2000});
     EXPECT_FALSE(m_schedule.RemoveData(1500));
     EXPECT_TRUE(m_log.Has("No data available in map for time [1500]."));

@@ -57,7 +57,6 @@ public:
         ASSERT_TRUE(m_timer && object == static_cast<ITimer*>(m_timer.get())) << "not the live timer";
         m_last = *m_timer;
         m_timer.reset();
-        ++m_destroyed;
     }
     IRootContainer* GetRootContainer() override { return nullptr; }
 
@@ -66,7 +65,6 @@ public:
     std::unique_ptr<FakeTimer> m_timer;
     FakeTimer m_last;  // copy of the last destroyed timer
     int m_created = 0;
-    int m_destroyed = 0;
     bool m_refuse = false;
 };
 
