@@ -9,11 +9,13 @@
 #include "CTTMLMenu.h"
 #include "CTVService.h"
 #include "ITTMLSource.h"
+#include "StartNotifyData.h"
 #include "TTMLLog.h"
 
 #include <Evas.h>
 
 #include <cstring>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <string>
@@ -41,23 +43,13 @@ public:
 
     int GetMediaTime(long long* pTime) override
     {
-        if (!pTime || !clockRunning)
+        if (!pTime)
             return -1;
         *pTime = mediaTime;
         return 0;
     }
-
-    std::list<std::string> GetFontErrorList() override
-    {
-        ++fontListReads;
-        return fonts;
-    }
-
-    int GetSubtitleMode() override
-    {
-        ++modeReads;
-        return mode;
-    }
+    std::list<std::string> GetFontErrorList() override { ++fontListReads; return fonts; }
+    int GetSubtitleMode() override { ++modeReads; return mode; }
 
     // Delivers one message as the source thread would; false when nobody listens.
     bool Send(int msgId, void* data)
@@ -79,7 +71,6 @@ public:
     void* UserData() const { return m_userData; }
 
     int mode = 0;
-    bool clockRunning = true;
     long long mediaTime = 0;
     std::list<std::string> fonts;
     int registrations = 0;
@@ -92,6 +83,16 @@ private:
     TTML::TTMLSourceCallback m_lastCallback = nullptr;
     void* m_userData = nullptr;
 };
+
+// A valid EBU-TT-D document: one paragraph, [1000, 3000] ms.
+const std::string kEbuDocument =
+    "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" "
+    "xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\" "
+    "ttp:timeBase=\"media\" xml:lang=\"en\"><head><metadata><ebuttm:documentMetadata>"
+    "<ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
+    "</ebuttm:documentMetadata></metadata>"
+    "<layout><region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/></layout></head>"
+    "<body><div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:03.000\">The kettle is on.</p></div></body></tt>";
 
 // A headless canvas with the main loop available; the controller makes its
 // own graphics object, so the fixture's is given back at once.
@@ -130,17 +131,31 @@ public:
 
     void* Parent() { return m_canvas.GetBaseLayout(); }
 
-    // Runs the main loop until every request queued for it has run.
-    void RunPending()
+    // A start message from the source.
+    void SendStart(ScriptedSource& source, bool bandMode)
     {
-        ecore_timer_add(0.005, [](void*) -> Eina_Bool {
+        TTML::StartNotifyData start;
+        start.bandMode = bandMode;
+        start.pCore = Core();
+        ASSERT_TRUE(source.Send(TTML::TTML_SOURCE_MSG_START, &start));
+    }
+
+    // Runs the main loop until done() holds; by default until every request
+    // queued for it has run.
+    void RunUntil(std::function<bool()> done = nullptr)
+    {
+        m_done = done ? std::move(done) : [] {
             TTML::CMainThreadUtils* pUtils = TTML::CMainThreadUtils::GetInstance();
-            if (pUtils && pUtils->GetPendingCount() > 0)
+            return !pUtils || pUtils->GetPendingCount() == 0;
+        };
+        Ecore_Timer* pPoll = ecore_timer_add(0.005, [](void* data) -> Eina_Bool {
+            if (!static_cast<ControllerTest*>(data)->m_done())
                 return ECORE_CALLBACK_RENEW;
             ecore_main_loop_quit();
             return ECORE_CALLBACK_CANCEL;
-        }, nullptr);
-        RunLoop();
+        }, this);
+        if (!RunLoop())
+            ecore_timer_del(pPoll);
     }
 
     // The root container's Evas object on the canvas, or null when none exists.
@@ -158,6 +173,7 @@ public:
     }
 
     TTML::CController* m_pCore = nullptr;
+    std::function<bool()> m_done;
 };
 
 #endif

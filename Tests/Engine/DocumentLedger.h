@@ -6,7 +6,6 @@
 #include "TTMLAttr.h"
 #include "TTMLElem.h"
 
-#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <string>

@@ -1,18 +1,18 @@
+#include "../Graphics/MainLoopFixture.h"
+
 #include "CGraphicsEngine.h"
-#include "CHeadlessCanvas.h"
 #include "CRenderingData.h"
 #include "DrawRecorder.h"
-#include "IGraphics.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 #include "TTMLElem.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <random>
 #include <sstream>
-#include <string>
-#include <vector>
 
 using namespace TTML;
 
@@ -27,16 +27,12 @@ struct Interval {
 std::string Describe(const CRenderingData& schedule)
 {
     std::ostringstream out;
-    bool first = true;
     for (const auto& entry : schedule.GetMap()) {
-        out << (first ? "" : " ") << entry.first << "[";
-        first = false;
         const SubtitleRenderingInfo* pDraw = entry.second.first;
         const SubtitleRenderingInfo* pRemove = entry.second.second;
+        out << (out.tellp() > 0 ? " " : "") << entry.first << "[";
         if (pDraw)
-            out << "+" << pDraw->m_BeginTime << "-" << pDraw->m_EndTime;
-        if (pDraw && pRemove)
-            out << " ";
+            out << "+" << pDraw->m_BeginTime << "-" << pDraw->m_EndTime << (pRemove ? " " : "");
         if (pRemove)
             out << "-" << pRemove->m_BeginTime << "-" << pRemove->m_EndTime;
         out << "]";
@@ -49,29 +45,23 @@ std::string Describe(const CRenderingData& schedule)
 // record carries a witness element of its own, drawn as one paragraph on a
 // headless canvas; a witness that outlives the teardown means a record that
 // was never freed, a paragraph still made one whose renderer was not.
-IGraphics* GraphicsOver(CHeadlessCanvas& canvas)
-{
-    canvas.Initialize(1920, 1080);
-    IGraphics* pGraphics = IGraphics::Create();
-    pGraphics->Initialize(canvas.GetBaseLayout());
-    return pGraphics;
-}
-
-class ScheduleTest : public ::testing::Test {
+class ScheduleTest : public MainLoopTest {
 protected:
-    ScheduleTest() : m_pGraphics(GraphicsOver(m_canvas)), m_graphics(m_pGraphics)
+    void SetUp() override
     {
-        m_graphics.CreateRootSurface("", "", "");
+        MainLoopTest::SetUp();
+        m_pEngine.reset(new CGraphicsEngine(m_pGraphics));
+        m_pEngine->CreateRootSurface("", "", "");
     }
-    ~ScheduleTest() override { m_pGraphics->Destroy(); }
 
     void TearDown() override
     {
         Clear();
         EXPECT_EQ(0, m_drawn.Live());
         EXPECT_EQ(0, m_drawn.Rejected());
-        for (std::size_t i = 0; i < m_witnesses.size(); ++i)
-            EXPECT_TRUE(m_witnesses[i].expired()) << "record " << i << " was not freed";
+        EXPECT_EQ(m_witnesses.size(), static_cast<std::size_t>(ExpiredWitnesses())) << "records not freed";
+        m_pEngine.reset();
+        MainLoopTest::TearDown();
     }
 
     SubtitleRenderingInfo* Make(Interval interval, std::size_t extraElements = 0)
@@ -84,18 +74,22 @@ protected:
         pRecord->m_ElementList.push_back(witness);
         for (std::size_t i = 0; i < extraElements; ++i)
             pRecord->m_ElementList.push_back(std::make_shared<CElement>(ELEM_SPAN));
-        pRecord->m_pRendererData = m_graphics.CreateRenderer(&pRecord->m_ElementList, false);
+        pRecord->m_pRendererData = m_pEngine->CreateRenderer(&pRecord->m_ElementList, false);
         return pRecord;
     }
 
-    bool Add(Interval interval) { return m_schedule.AddData(Make(interval), &m_graphics); }
+    bool Add(Interval interval) { return m_schedule.AddData(Make(interval), m_pEngine.get()); }
 
-    // The engine's timer expiry: pop the front entry and free what ends there.
+    // The engine's timer expiry: pop the front entry (the earliest, which
+    // stays until popped) and free what ends there.
     void Pop()
     {
-        unsigned long long time = 0;
+        unsigned long long front = 0, time = 0;
         CRenderingData::RenderingPair pair(nullptr, nullptr);
+        ASSERT_TRUE(m_schedule.GetFront(front, pair));
+        ASSERT_EQ(m_schedule.GetMap().begin()->first, front);
         ASSERT_TRUE(m_schedule.PopNextSubtitleData(time, pair));
+        ASSERT_EQ(front, time);
         Free(pair.second);
     }
 
@@ -103,7 +97,7 @@ protected:
     {
         if (!pRecord)
             return;
-        m_graphics.DestroyRenderer(pRecord->m_pRendererData);
+        m_pEngine->DestroyRenderer(pRecord->m_pRendererData);
         delete pRecord;
     }
 
@@ -117,17 +111,13 @@ protected:
 
     int ExpiredWitnesses() const
     {
-        int expired = 0;
-        for (const auto& witness : m_witnesses)
-            expired += witness.expired() ? 1 : 0;
-        return expired;
+        return static_cast<int>(std::count_if(m_witnesses.begin(), m_witnesses.end(),
+                                              [](const std::weak_ptr<CElement>& w) { return w.expired(); }));
     }
 
     LogCapture m_log;
     DrawRecorder m_drawn;
-    CHeadlessCanvas m_canvas;
-    IGraphics* m_pGraphics;
-    CGraphicsEngine m_graphics;
+    std::unique_ptr<CGraphicsEngine> m_pEngine;
     CRenderingData m_schedule;
     std::vector<std::weak_ptr<CElement>> m_witnesses;
 };
@@ -140,13 +130,10 @@ struct AddCase {
     int pops;                         // front entries consumed before the new one comes
     Interval added;
     bool result;
-    const char* map;                  // Describe() afterwards
-    int destroyed;                    // renderers destroyed by the AddData itself
-    int freed;                        // records whose elements all went with them
-    const char* log;                  // a line AddData must write
+    const char* map;  // Describe() afterwards
+    int deleted;      // renderers destroyed by the AddData itself, and records whose elements all went
+    const char* log;  // a line AddData must write
 };
-
-void PrintTo(const AddCase& c, std::ostream* os) { *os << c.name; }
 
 class AddDataTest : public ScheduleTest, public ::testing::WithParamInterface<AddCase> {};
 
@@ -164,8 +151,8 @@ TEST_P(AddDataTest, FilesMergesOrCuts)
     EXPECT_EQ(c.result, Add(c.added));
 
     EXPECT_EQ(c.map, Describe(m_schedule));
-    EXPECT_EQ(c.destroyed, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) - destroyedBefore);
-    EXPECT_EQ(c.freed, ExpiredWitnesses() - freedBefore);
+    EXPECT_EQ(c.deleted, m_drawn.Count(IDrawObserver::PARAGRAPH_GONE) - destroyedBefore);
+    EXPECT_EQ(c.deleted, ExpiredWitnesses() - freedBefore);
     EXPECT_TRUE(m_log.Has(c.log)) << m_log.Dump();
     EXPECT_FALSE(m_log.Has("Data error!"));
 }
@@ -173,53 +160,43 @@ TEST_P(AddDataTest, FilesMergesOrCuts)
 INSTANTIATE_TEST_SUITE_P(
     Schedule, AddDataTest,
     ::testing::Values(
-        AddCase{"IntoEmpty", {}, 0, {1000, 2000}, false, "1000[+1000-2000] 2000[-1000-2000]", 0, 0,
+        AddCase{"IntoEmpty", {}, 0, {1000, 2000}, false, "1000[+1000-2000] 2000[-1000-2000]", 0,
                 "Subtitle rendering data is added for bTime=1000, etime=2000"},
         AddCase{"BackToBackSharesEntry", {{1000, 2000}}, 0, {2000, 3000}, false,
-                "1000[+1000-2000] 2000[+2000-3000 -1000-2000] 3000[-2000-3000]", 0, 0,
+                "1000[+1000-2000] 2000[+2000-3000 -1000-2000] 3000[-2000-3000]", 0,
                 "Subtitle rendering data is added for bTime=2000, etime=3000"},
         AddCase{"LaterWithGap", {{1000, 2000}}, 0, {3000, 4000}, false,
-                "1000[+1000-2000] 2000[-1000-2000] 3000[+3000-4000] 4000[-3000-4000]", 0, 0,
+                "1000[+1000-2000] 2000[-1000-2000] 3000[+3000-4000] 4000[-3000-4000]", 0,
                 "Subtitle rendering data is added for bTime=3000, etime=4000"},
         // The duplicate's element moves into the old record, so nothing is freed whole.
         // The merged list drops the old witness; renderers keep no elements.
         AddCase{"SameTimingsWhileWaiting", {{1000, 2000}}, 0, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
+                "1000[+1000-2000] 2000[-1000-2000]", 1,
                 "Old data with same timings found in map. begin=1000, end=2000"},
         AddCase{"SameTimingsAfterDrawn", {{1000, 2000}}, 1, {1000, 2000}, false,
-                "1000[+1000-2000] 2000[-1000-2000]", 1, 1,
+                "1000[+1000-2000] 2000[-1000-2000]", 1,
                 "Special case where new data (whose timings are same as old data in map) comes late. "
                 "It will be rendered again. begin=1000 and end=2000"},
         AddCase{"InsideShortensOld", {{1000, 2000}}, 0, {1500, 1800}, true,
-                "1000[+1000-1500] 1500[+1500-1800 -1000-1500] 1800[-1500-1800]", 0, 0,
+                "1000[+1000-1500] 1500[+1500-1800 -1000-1500] 1800[-1500-1800]", 0,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         // Same end, other begin: not a duplicate, the old one is cut.
         AddCase{"SameEndOtherBegin", {{1000, 2000}}, 0, {1500, 2000}, true,
-                "1000[+1000-1500] 1500[+1500-2000 -1000-1500] 2000[-1500-2000]", 0, 0,
+                "1000[+1000-1500] 1500[+1500-2000 -1000-1500] 2000[-1500-2000]", 0,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         AddCase{"SameBeginReplacesOld", {{1000, 2000}}, 0, {1000, 1500}, true,
-                "1000[+1000-1500] 1500[-1000-1500]", 1, 1, "Deleting sub data from previous file(s)."},
+                "1000[+1000-1500] 1500[-1000-1500]", 1, "Deleting sub data from previous file(s)."},
         AddCase{"BeforeAllDeletesAll", {{1000, 2000}, {2000, 3000}}, 0, {500, 900}, true,
-                "500[+500-900] 900[-500-900]", 2, 2, "Deleting sub data from previous file(s)."},
+                "500[+500-900] 900[-500-900]", 2, "Deleting sub data from previous file(s)."},
         AddCase{"OnScreenShortenedLaterDeleted", {{1000, 2000}, {2000, 3000}}, 1, {1500, 2500}, true,
-                "1500[+1500-2500 -1000-1500] 2500[-1500-2500]", 1, 1,
+                "1500[+1500-2500 -1000-1500] 2500[-1500-2500]", 1,
                 "Restricting previous subtitle endTime(2000) till the beginTime(1500) of new."},
         AddCase{"MidwayKeepsEarlierDeletesLater", {{1000, 2000}, {2000, 3000}, {3000, 4000}}, 0,
                 {2500, 2600}, true,
                 "1000[+1000-2000] 2000[+2000-2500 -1000-2000] 2500[+2500-2600 -2000-2500] "
                 "2600[-2500-2600]",
-                1, 1, "Restricting previous subtitle endTime(3000) till the beginTime(2500) of new."}),
-    [](const ::testing::TestParamInfo<AddCase>& info) { return std::string(info.param.name); });
-
-TEST_F(ScheduleTest, NullArgumentsAreRefusedAndNothingIsTaken)
-{
-    EXPECT_FALSE(m_schedule.AddData(nullptr, &m_graphics));
-    SubtitleRenderingInfo* pRecord = Make({1000, 2000});
-    EXPECT_FALSE(m_schedule.AddData(pRecord, nullptr));
-    EXPECT_EQ(2, m_log.Count("pData/pGraphicEngine is null!!!"));
-    EXPECT_TRUE(m_schedule.GetMap().empty());
-    Free(pRecord);
-}
+                1, "Restricting previous subtitle endTime(3000) till the beginTime(2500) of new."}),
+    TTMLTest::RowName());
 
 // ---- Merging identical intervals --------------------------------------------
 
@@ -230,15 +207,13 @@ struct MergeCase {
     std::size_t oldKept;  // leading old elements that survive
 };
 
-void PrintTo(const MergeCase& c, std::ostream* os) { *os << c.name; }
-
 class MergeTest : public ScheduleTest, public ::testing::WithParamInterface<MergeCase> {};
 
 TEST_P(MergeTest, OldKeepsLeadingElementsThenTakesNewOnes)
 {
     const MergeCase& c = GetParam();
     SubtitleRenderingInfo* pOld = Make({1000, 2000}, c.oldSize - 1);
-    m_schedule.AddData(pOld, &m_graphics);
+    m_schedule.AddData(pOld, m_pEngine.get());
     const std::list<CElementSPTR> oldElements = pOld->m_ElementList;
     CRenderer* pOldRenderer = pOld->m_pRendererData;
 
@@ -247,7 +222,7 @@ TEST_P(MergeTest, OldKeepsLeadingElementsThenTakesNewOnes)
         pNew->m_ElementList.clear();
     const std::list<CElementSPTR> newElements = pNew->m_ElementList;
 
-    EXPECT_FALSE(m_schedule.AddData(pNew, &m_graphics));
+    EXPECT_FALSE(m_schedule.AddData(pNew, m_pEngine.get()));
 
     std::vector<CElementSPTR> expected(oldElements.begin(), oldElements.end());
     expected.resize(c.oldKept);
@@ -270,16 +245,14 @@ INSTANTIATE_TEST_SUITE_P(Schedule, MergeTest,
                                            MergeCase{"EqualLists", 3, 3, 0},
                                            MergeCase{"EmptyNewListKeepsOld", 2, 0, 2},
                                            MergeCase{"OneIntoFive", 5, 1, 4}),
-                         [](const ::testing::TestParamInfo<MergeCase>& info) {
-                             return std::string(info.param.name);
-                         });
+                         TTMLTest::RowName());
 
 // ---- Filing a scheduled record again (flashing) -----------------------------
 
 TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
 {
     SubtitleRenderingInfo* pRecord = Make({1000, 2000}, 2);
-    m_schedule.AddData(pRecord, &m_graphics);
+    m_schedule.AddData(pRecord, m_pEngine.get());
     unsigned long long time = 0;
     CRenderingData::RenderingPair pair(nullptr, nullptr);
     ASSERT_TRUE(m_schedule.PopNextSubtitleData(time, pair));
@@ -288,7 +261,7 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
     CRenderer* pRenderer = pRecord->m_pRendererData;
     m_log.Clear();
 
-    EXPECT_FALSE(m_schedule.AddData(pRecord, &m_graphics));
+    EXPECT_FALSE(m_schedule.AddData(pRecord, m_pEngine.get()));
 
     EXPECT_EQ("1000[+1000-2000] 2000[-1000-2000]", Describe(m_schedule));
     EXPECT_EQ(elements, pRecord->m_ElementList);
@@ -300,9 +273,13 @@ TEST_F(ScheduleTest, RefilingSameRecordRecreatesBeginEntryOnly)
 
 // ---- Queries ----------------------------------------------------------------
 
-TEST_F(ScheduleTest, EmptyScheduleQueriesLogAndLeaveOutputsUntouched)
+TEST_F(ScheduleTest, NullArgumentsAndAbsentTimesAreRefusedWithoutChange)
 {
+    EXPECT_FALSE(m_schedule.AddData(nullptr, m_pEngine.get()));
     SubtitleRenderingInfo* pProbe = Make({1000, 2000});
+    EXPECT_FALSE(m_schedule.AddData(pProbe, nullptr));
+    EXPECT_EQ(2, m_log.Count("pData/pGraphicEngine is null!!!"));
+    EXPECT_TRUE(m_schedule.GetMap().empty()) << "nothing is taken";
     EXPECT_FALSE(m_schedule.IsOverlapping(pProbe));
     Free(pProbe);
 
@@ -316,30 +293,7 @@ TEST_F(ScheduleTest, EmptyScheduleQueriesLogAndLeaveOutputsUntouched)
     EXPECT_EQ(&marker, pair.second);
     m_schedule.Dump();
     EXPECT_EQ(4, m_log.Count("Data map is empty!"));
-}
 
-TEST_F(ScheduleTest, FrontStaysAndPopsComeInTimeOrder)
-{
-    Add({3000, 4000});
-    Add({4000, 4500});
-    Add({5000, 6000});
-    unsigned long long time = 0;
-    CRenderingData::RenderingPair pair(nullptr, nullptr);
-    ASSERT_TRUE(m_schedule.GetFront(time, pair));
-    ASSERT_TRUE(m_schedule.GetFront(time, pair));
-    EXPECT_EQ(3000u, time);
-    EXPECT_EQ(5u, m_schedule.GetMap().size());
-
-    std::vector<unsigned long long> order;
-    while (m_schedule.PopNextSubtitleData(time, pair)) {
-        order.push_back(time);
-        Free(pair.second);
-    }
-    EXPECT_EQ((std::vector<unsigned long long>{3000, 4000, 4500, 5000, 6000}), order);
-}
-
-TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
-{
     Add({1000, 2000});
     EXPECT_FALSE(m_schedule.RemoveData(1500));
     EXPECT_TRUE(m_log.Has("No data available in map for time [1500]."));
@@ -348,41 +302,6 @@ TEST_F(ScheduleTest, RemoveDataOfAbsentTimeChangesNothing)
     // Erasing a present entry leaves its record alone; it is still filed at 2000.
     EXPECT_TRUE(m_schedule.RemoveData(1000));
     EXPECT_EQ("2000[-1000-2000]", Describe(m_schedule));
-}
-
-TEST_F(ScheduleTest, DumpListsEveryEntryInOrder)
-{
-    Add({1000, 2000});
-    Add({2000, 3000});
-    m_log.Clear();
-    m_schedule.Dump();
-    std::vector<std::string> messages;
-    for (const auto& line : m_log.Lines())
-        messages.push_back(line.message);
-    const std::vector<std::string> expected = {
-        "Current data map holds below items:\n",
-        "1. Time=[1000] : ", "No data to remove!", "To render: bTime=[1000], eTime[2000]", "\n",
-        "2. Time=[2000] : ", "To remove: bTime=[1000], eTime[2000]",
-        "To render: bTime=[2000], eTime[3000]", "\n",
-        "3. Time=[3000] : ", "To remove: bTime=[2000], eTime[3000]", "No data to render!", "\n"};
-    EXPECT_EQ(expected, messages);
-}
-
-// ---- Destructor -------------------------------------------------------------
-
-TEST_F(ScheduleTest, DestructorWarnsAboutLeftEntriesButFreesNothing)
-{
-    SubtitleRenderingInfo* pRecord = Make({1000, 2000});
-    {
-        CRenderingData schedule;
-        schedule.AddData(pRecord, &m_graphics);
-        m_log.Clear();
-    }
-    EXPECT_EQ(1, m_log.Count("Potential memory leak! Need to check.", DLOG_WARN));
-    EXPECT_TRUE(m_log.Has("To render: bTime=[1000], eTime[2000]"));
-    // Still ours to free: the schedule never deletes records on its own.
-    EXPECT_EQ(1, m_drawn.Live());
-    Free(pRecord);
 }
 
 // ---- A long run: every record freed exactly once ----------------------------
