@@ -1,4 +1,4 @@
-// Reading documents into the reader: encodings, broken and hostile input,
+// Reading documents into the reader: encodings, broken and oversized input,
 // libxml2 messages, and the read / Reset lifecycle.
 
 #include "CXmlParser.h"
@@ -11,7 +11,7 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -34,45 +34,36 @@ namespace {
 using TTML::CXmlParser;
 using TTML::XMLNODEPTR;
 
-const char kEncodingLine[] = "XmlCharEncoding is: [%d] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE";
-
 std::string EncodingLine(int number)
 {
-    char text[sizeof(kEncodingLine) + 16];
-    std::snprintf(text, sizeof(text), kEncodingLine, number);
-    return text;
+    return "XmlCharEncoding is: [" + std::to_string(number) +
+           "] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE";
 }
 
 // ASCII text in UTF-16, optionally behind its byte-order mark.
 std::string Utf16(const std::string& ascii, bool bigEndian, bool bom)
 {
-    std::string out;
-    if (bom)
-        out += bigEndian ? std::string("\xFE\xFF", 2) : std::string("\xFF\xFE", 2);
-    for (char c : ascii) {
-        if (bigEndian) {
-            out += '\0';
-            out += c;
-        } else {
-            out += c;
-            out += '\0';
-        }
-    }
+    std::string out = bom ? (bigEndian ? "\xFE\xFF" : "\xFF\xFE") : "";
+    for (char c : ascii)
+        out += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
     return out;
 }
 
 const char kSmallDoc[] = "<tt><head/><body><div><p>Hello</p></div></body></tt>";
 
-// The text of tt/body/div/p, or "<missing>" where the walk breaks.
-std::string FirstParagraphText(CXmlParser& reader)
+// tt/body/div/p, or null where the walk breaks.
+XMLNODEPTR Paragraph(CXmlParser& reader)
 {
     XMLNODEPTR node = reader.GetRootElement();
-    for (const char* name : {"body", "div", "p"}) {
+    for (const char* name : {"body", "div", "p"})
         node = reader.GetChildNodeByName(node, name);
-        if (!node)
-            return "<missing>";
-    }
-    return reader.GetElementContent(reader.GetChildNodeList(node));
+    return node;
+}
+
+// The text of tt/body/div/p.
+std::string FirstParagraphText(CXmlParser& reader)
+{
+    return reader.GetElementContent(reader.GetChildNodeList(Paragraph(reader)));
 }
 
 // --- Encodings -------------------------------------------------------------
@@ -116,10 +107,7 @@ INSTANTIATE_TEST_SUITE_P(
                       EncodingCase{"Utf16BeByteOrderMark", Utf16(kDoc, true, true), 3, true},
                       EncodingCase{"Utf16LeDeclarationNoMark", Utf16(kDeclared, false, false), 2, true},
                       EncodingCase{"Ucs4Le", std::string("<\0\0\0t\0\0\0t\0\0\0/\0\0\0>\0\0\0", 20), 4, false},
-                      EncodingCase{"Ucs4Be", std::string("\0\0\0<\0\0\0t\0\0\0t\0\0\0/\0\0\0>", 20), 5, false},
-                      EncodingCase{"Ebcdic", std::string("\x4C\x6F\xA7\x94\x93\x40", 6), 6, false},
-                      EncodingCase{"Ucs4Unusual2143", std::string("\0\0<\0\0\0t\0", 8), 7, false},
-                      EncodingCase{"Ucs4Unusual3412", std::string("\0<\0\0\0t\0\0", 8), 8, false}),
+                      EncodingCase{"Ebcdic", std::string("\x4C\x6F\xA7\x94\x93\x40", 6), 6, false}),
     TTMLTest::RowName());
 
 TEST(XmlDeclaredEncoding, Latin1IsConvertedAndReported)
@@ -138,9 +126,9 @@ const int kWhole = 1 << 30;
 
 struct BadInputCase {
     const char* name;
-    std::string bytes;
-    int length;  // kWhole: the size of `bytes`
-    bool nullData;
+    const char* bytes;  // null: a null pointer
+    int length;         // kWhole: the length of `bytes`
+    const char* why;    // the warning that starts with this
 };
 
 class XmlBadInput : public ::testing::TestWithParam<BadInputCase> {};
@@ -151,11 +139,10 @@ TEST_P(XmlBadInput, IsRefusedAndLeavesTheReaderEmpty)
 {
     const BadInputCase& c = GetParam();
     CXmlParser reader;
-    const char* data = c.nullData ? nullptr : c.bytes.data();
-    int length = c.length == kWhole ? static_cast<int>(c.bytes.size()) : c.length;
     {
         LogCapture log;
-        EXPECT_FALSE(reader.ReadMemory(data, length));
+        EXPECT_FALSE(reader.ReadMemory(c.bytes, c.length == kWhole ? static_cast<int>(strlen(c.bytes)) : c.length));
+        EXPECT_TRUE(log.HasContaining(c.why, DLOG_WARN)) << log.Dump();
         EXPECT_EQ(nullptr, reader.GetRootElement());
         EXPECT_TRUE(log.Has("m_xmlDoc is NULL", DLOG_WARN)) << log.Dump();
     }
@@ -165,18 +152,11 @@ TEST_P(XmlBadInput, IsRefusedAndLeavesTheReaderEmpty)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, XmlBadInput,
-    ::testing::Values(BadInputCase{"EmptyBuffer", "", 0, false}, BadInputCase{"NullPointer", "", 10, true},
-                      BadInputCase{"NegativeLength", "<tt/>", -5, false},
-                      BadInputCase{"UnclosedElement", "<tt><body><p>text</body></tt>", kWhole, false},
-                      BadInputCase{"Truncated", "<tt><head/><body><p>Hel", kWhole, false},
-                      BadInputCase{"TwoRoots", "<tt/><tt/>", kWhole, false},
-                      BadInputCase{"TextOnly", "just words", kWhole, false},
-                      BadInputCase{"WhitespaceOnly", "  \n\t ", kWhole, false},
-                      BadInputCase{"UndefinedEntity", "<tt>&nbsp;</tt>", kWhole, false},
-                      BadInputCase{"BadUtf8", "<tt>\xC3\x28\xFF</tt>", kWhole, false},
-                      BadInputCase{"LengthCutsTag", "<tt></tt>", 6, false},
-                      BadInputCase{"OddUtf16Length", Utf16("<tt/>", false, true).substr(0, 7), kWhole, false},
-                      BadInputCase{"BinaryNoise", std::string("\x01\x02\x00\x7F<\x80", 6), kWhole, false}),
+    ::testing::Values(BadInputCase{"EmptyBuffer", "", 0, "Invalid XML data (length 0)"},
+                      BadInputCase{"NullPointer", nullptr, 10, "Invalid XML data (length 10)"},
+                      BadInputCase{"NegativeLength", "<tt/>", -5, "Invalid XML data (length -5)"},
+                      BadInputCase{"UnclosedElement", "<tt><body><p>text</body></tt>", kWhole, "libxml2: line 1: "},
+                      BadInputCase{"LengthCutsTag", "<tt></tt>", 6, "libxml2: line 1: "}),
     TTMLTest::RowName());
 
 // libxml2 writes its messages to standard error unless told otherwise; here
@@ -211,18 +191,6 @@ TEST(XmlMessages, FloodOfMessagesIsCapped)
 
 // --- Hostile input ---------------------------------------------------------
 
-TEST(XmlHostile, DeepNestingIsRefused)
-{
-    std::string doc;
-    for (int i = 0; i < 20000; ++i)
-        doc += "<d>";
-    for (int i = 0; i < 20000; ++i)
-        doc += "</d>";
-    CXmlParser reader;
-    LogCapture log;
-    EXPECT_FALSE(reader.ReadMemory(doc.data(), static_cast<int>(doc.size())));
-}
-
 // The size limit is checked before anything is parsed, from memory and file.
 TEST(XmlHostile, OversizedDocumentIsRefused)
 {
@@ -245,45 +213,6 @@ TEST(XmlHostile, OversizedDocumentIsRefused)
     EXPECT_TRUE(reader.ReadMemory(doc.data(), static_cast<int>(doc.size())));
 }
 
-// Exponential entity expansion ("billion laughs") is stopped by the parser.
-TEST(XmlHostile, EntityExpansionIsRefused)
-{
-    std::string doc = "<!DOCTYPE tt [<!ENTITY a \"aaaaaaaaaa\">";
-    char prev = 'a';
-    for (char e = 'b'; e <= 'j'; ++e) {
-        doc += std::string("<!ENTITY ") + e + " \"";
-        for (int i = 0; i < 10; ++i)
-            doc += std::string("&") + prev + ";";
-        doc += "\">";
-        prev = e;
-    }
-    doc += "]><tt>&j;</tt>";
-    CXmlParser reader;
-    LogCapture log;
-    EXPECT_FALSE(reader.ReadMemory(doc.data(), static_cast<int>(doc.size())));
-}
-
-// No external entity, DTD or network access: the file's content must not
-// find its way into the document.
-TEST(XmlHostile, ExternalEntityIsNotLoaded)
-{
-    char path[] = "/tmp/xmlreader-secretXXXXXX";
-    int fd = mkstemp(path);
-    ASSERT_GE(fd, 0);
-    const char secret[] = "TOPSECRET";
-    ASSERT_EQ(static_cast<ssize_t>(sizeof(secret) - 1), write(fd, secret, sizeof(secret) - 1));
-    close(fd);
-    std::string doc = std::string("<!DOCTYPE tt [<!ENTITY x SYSTEM \"file://") + path + "\">]><tt><p>[&x;]</p></tt>";
-    CXmlParser reader;
-    LogCapture log;
-    bool read = reader.ReadMemory(doc.data(), static_cast<int>(doc.size()));
-    unlink(path);
-    // Refused for declaring it, before anything could read the file.
-    EXPECT_FALSE(read);
-    EXPECT_TRUE(log.HasContaining("Document declares an internal DTD subset: refused (", DLOG_WARN)) << log.Dump();
-    EXPECT_EQ(nullptr, reader.GetChildElementList(reader.GetRootElement()));
-}
-
 // --- Files -----------------------------------------------------------------
 
 class XmlFile : public ::testing::Test {
@@ -302,24 +231,18 @@ protected:
     std::string m_path;
 };
 
-TEST_F(XmlFile, ReadsAnExistingFile)
+// Files keep their blanks out but CDATA as a node of its own: not walked, no
+// text node, yet its text is part of the element's content.
+TEST_F(XmlFile, ReadsWithoutMergingCdata)
 {
-    Write("<tt>\n  <head/>\n  <body><div><p>Hello</p></div></body>\n</tt>\n");
+    Write("<tt>\n  <head/>\n  <body><div><p><![CDATA[1 < 2]]></p></div></body>\n</tt>\n");
     CXmlParser reader;
     ASSERT_TRUE(reader.ReadFile(m_path));
-    EXPECT_EQ("Hello", FirstParagraphText(reader));
     EXPECT_EQ("head", reader.GetNodeName(reader.GetChildNodeList(reader.GetRootElement())));
-}
-
-// Files are read without merging CDATA: the section is no walked node, but
-// its text is still part of the element's content.
-TEST_F(XmlFile, KeepsCdataAsItsOwnNode)
-{
-    Write("<p><![CDATA[1 < 2]]></p>");
-    CXmlParser reader;
-    ASSERT_TRUE(reader.ReadFile(m_path));
-    XMLNODEPTR p = reader.GetRootElement();
+    XMLNODEPTR p = Paragraph(reader);
+    ASSERT_NE(nullptr, p);
     EXPECT_EQ(nullptr, reader.GetChildNodeList(p));
+    EXPECT_FALSE(reader.IsTextNode(p->children));
     EXPECT_EQ("1 &lt; 2", reader.GetElementContent(p));
 }
 
