@@ -10,15 +10,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace ParserTest;
 
 namespace {
 
 namespace fs = std::filesystem;
-using Interval = std::pair<unsigned long long, unsigned long long>;
 
 const fs::path kSampleDir = fs::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
 const char kImageDeclaration[] = "ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\"";
@@ -27,8 +24,8 @@ const char kImageDeclaration[] = "ttp:profile=\"http://www.w3.org/ns/ttml/profil
 std::vector<std::string> ImageDocuments()
 {
     std::vector<std::string> found;
-    for (const std::string& file : ParserTest::SampleFiles(kSampleDir, ".ttml"))
-        if (ParserTest::ReadFile(kSampleDir / file).find(kImageDeclaration) != std::string::npos)
+    for (const std::string& file : SampleFiles(kSampleDir, ".ttml"))
+        if (ReadFile(kSampleDir / file).find(kImageDeclaration) != std::string::npos)
             found.push_back(file);
     return found;
 }
@@ -47,26 +44,22 @@ std::string PackedImagesBeside(const fs::path& document)
     return data;
 }
 
-struct Parsed {
-    SyncParser parser;
+struct Parsed : SyncParser {
     int result = -1;
     int resolved = -2;
 
     explicit Parsed(const std::string& relative)
     {
-        const fs::path path = kSampleDir / relative;
-        TTML::SubRawData* record = MakeRecord(ParserTest::ReadFile(path));
-        record->subSampleData = PackedImagesBeside(path);
-        result = parser.parser.ProcessRecord(record, &resolved);
+        TTML::SubRawData* record = MakeRecord(ReadFile(kSampleDir / relative));
+        record->subSampleData = PackedImagesBeside(kSampleDir / relative);
+        result = parser.ProcessRecord(record, &resolved);
     }
 };
 
 #define SKIP_WITHOUT_SAMPLES()                                                                    \
-    do {                                                                                          \
-        if (ImageDocuments().empty())                                                             \
-            GTEST_SKIP() << "IMSC 1 image documents not found in " << kSampleDir                  \
-                         << " (set INTERTITLE_TESTDATA to the shared test data folder)";          \
-    } while (0)
+    if (ImageDocuments().empty())                                                                 \
+        GTEST_SKIP() << "IMSC 1 image documents not found in " << kSampleDir                      \
+                     << " (set INTERTITLE_TESTDATA to the shared test data folder)"
 
 // Every image document is accepted as such and everything it shows is an
 // image: a div without one would be a walk that lost its reference.
@@ -79,11 +72,10 @@ TEST(ImageSamples, EveryDocumentShowsDecodedImages)
         Parsed p(name);
         EXPECT_EQ(p.resolved, 1);
         ASSERT_EQ(p.result, TTML::ERR_NONE) << log.Dump();
-        ASSERT_NE(p.parser.Last(), nullptr);
         size_t shown = 0;
-        for (const auto& key : Intervals(*p.parser.Last())) {
+        for (const auto& key : Intervals(*p.Last())) {
             std::list<TTML::CElementSPTR> elements;
-            p.parser.Last()->GetElementListForInterval(key, elements);
+            p.Last()->GetElementListForInterval(key, elements);
             for (const auto& e : elements) {
                 EXPECT_TRUE(e->IsImageProfile());
                 ++shown;
@@ -96,7 +88,7 @@ TEST(ImageSamples, EveryDocumentShowsDecodedImages)
 // Hand-checked from each document and the size its PNG header states.
 struct SampleCase {
     const char* file;
-    Interval interval;
+    TTML::CSubtitleInfo::TimeInterval interval;
     std::string image;  // reference=WxH
     std::string extent;
     std::string aspectRatio;
@@ -122,8 +114,8 @@ TEST_P(ImageSampleResult, MatchesHandDerivedValues)
     const SampleCase& c = GetParam();
     Parsed p(c.file);
     ASSERT_EQ(p.result, TTML::ERR_NONE);
-    const TTML::CSubtitleInfo& info = *p.parser.Last();
-    EXPECT_EQ(Intervals(info), std::vector<Interval>{c.interval});
+    const TTML::CSubtitleInfo& info = *p.Last();
+    EXPECT_EQ(Intervals(info), IntervalList{c.interval});
     EXPECT_EQ(info.GetTTExtent(), c.extent);
     EXPECT_EQ(info.GetAspectRatio(), c.aspectRatio);
     std::list<TTML::CElementSPTR> elements;
@@ -137,9 +129,8 @@ TEST_P(ImageSampleResult, MatchesHandDerivedValues)
 }
 
 INSTANTIATE_TEST_SUITE_P(Parser, ImageSampleResult, ::testing::ValuesIn(kSamples),
-                         [](const ::testing::TestParamInfo<ImageSampleResult::ParamType>& info) {
-                             std::string n = fs::path(info.param.file).stem().string();
-                             return n;
+                         [](const ::testing::TestParamInfo<SampleCase>& info) {
+                             return fs::path(info.param.file).stem().string();
                          });
 
 }  // namespace

@@ -49,10 +49,8 @@ const ResolutionCase kCases[] = {
      {}},
     {"NoDeclarationMode1DefaultsToEbu", -1, 1, "", "", 2, TTML::ERR_NONE,
      {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
-    {"UnknownTransportValueIsTreatedAsNone", 5, 1, "", "", 2, TTML::ERR_NONE,
-     {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
-    {"UnknownTransportValueMode9", 5, 9, "", "", 0, TTML::ERR_NONE,
-     {"Using default profile as 0 in subtitle mode=9"}, {}},
+    {"UnknownTransportValueIsTreatedAsNone", 5, 9, "", "", 0, TTML::ERR_NONE,
+     {"Using default profile as 0 in subtitle mode=9"}, {"Using profile given"}},
     {"NegativeTransportValueIsTreatedAsNone", -7, 1, "", "", 2, TTML::ERR_NONE,
      {"Using default profile as 2 in subtitle mode=1"}, {"Using profile given"}},
     {"TransportTextWithoutDeclaration", 0, 1, "", "", 0, TTML::ERR_NONE,
@@ -107,8 +105,7 @@ TEST_P(Resolution, ResolvesAndLogs)
         EXPECT_FALSE(log.HasContaining(part)) << "unexpected: " << part << "\n" << log.Dump();
 }
 
-INSTANTIATE_TEST_SUITE_P(Parser, Resolution, ::testing::ValuesIn(kCases),
-                         [](const ::testing::TestParamInfo<ResolutionCase>& info) { return info.param.name; });
+INSTANTIATE_TEST_SUITE_P(Parser, Resolution, ::testing::ValuesIn(kCases), TTMLTest::RowName());
 
 // Documents of different profiles never share a profile object: an IMSC 1
 // text document between two EBU-TT-D ones leaves the cached EBU-TT-D profile
@@ -117,9 +114,8 @@ INSTANTIATE_TEST_SUITE_P(Parser, Resolution, ::testing::ValuesIn(kCases),
 TEST(ResolutionCache, ProfilesAlternateWithoutDisturbingEachOther)
 {
     SyncParser p(1);
-    DocParts imsc;
+    DocParts imsc, image;
     imsc.head = Conforms({kImscText});
-    DocParts image;
     image.head = Conforms({kImscImage});
     DocParts timedImage = image;
     timedImage.body = "<div region=\"r1\" begin=\"00:00:01.000\" end=\"00:00:02.000\"/>";
