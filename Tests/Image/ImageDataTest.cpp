@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <functional>
-#include <ostream>
 #include <string>
 
 #include "CImageData.h"
@@ -14,31 +13,23 @@ using namespace TTML;
 
 namespace {
 
+// The largest side in either direction is still an image.
 TEST(ImageDataTest, CompletePngKeepsItsBytesAndSize)
 {
-    std::string png = MakePng(5, 3);
-    ASSERT_FALSE(png.empty());
-    LogCapture log;
-    auto image = CImageData::FromPng("1.png", png.data(), png.size());
-    ASSERT_TRUE(image) << log.Dump();
-    EXPECT_EQ(5u, image->GetWidth());
-    EXPECT_EQ(3u, image->GetHeight());
-    EXPECT_EQ("1.png", image->GetReference());
-    unsigned int size = 0;
-    const unsigned char* buffer = image->GetBuffer(&size);
-    ASSERT_EQ(png.size(), size);
-    EXPECT_EQ(0, std::memcmp(png.data(), buffer, size));
-    EXPECT_EQ(buffer, image->GetBuffer(nullptr)) << "a null size is allowed";
-    EXPECT_FALSE(log.HasContaining("refused"));
-}
-
-TEST(ImageDataTest, LargestSideIsAccepted)
-{
-    std::string png = MakePng(CImageData::kMaxSide, 1);
-    ASSERT_FALSE(png.empty());
-    auto image = CImageData::FromPng("wide", png.data(), png.size());
-    ASSERT_TRUE(image);
-    EXPECT_EQ(CImageData::kMaxSide, image->GetWidth());
+    for (auto size : {std::make_pair(5u, 3u), std::make_pair(CImageData::kMaxSide, 1u),
+                      std::make_pair(1u, CImageData::kMaxSide)}) {
+        std::string png = MakePng(size.first, size.second);
+        LogCapture log;
+        auto image = CImageData::FromPng("1.png", png.data(), png.size());
+        ASSERT_TRUE(image) << log.Dump();
+        EXPECT_EQ(size, std::make_pair(image->GetWidth(), image->GetHeight()));
+        EXPECT_EQ("1.png", image->GetReference());
+        unsigned int bytes = 0;
+        const unsigned char* buffer = image->GetBuffer(&bytes);
+        ASSERT_EQ(png.size(), bytes);
+        EXPECT_EQ(0, std::memcmp(png.data(), buffer, bytes));
+        EXPECT_EQ(buffer, image->GetBuffer(nullptr)) << "a null size is allowed";
+    }
 }
 
 struct RefusedCase {
@@ -47,33 +38,34 @@ struct RefusedCase {
     const char* why;  // expected end of the warning after "refused: "
 };
 
-void PrintTo(const RefusedCase& c, std::ostream* os) { *os << c.name; }
-
 std::string Cut(size_t keep)
 {
-    std::string png = MakePng(4, 4);
-    return png.substr(0, keep);
+    return MakePng(4, 4).substr(0, keep);
 }
 
 std::string Patched(const char* chunk, size_t offset, char flip)
 {
     std::string png = MakePng(4, 4);
-    size_t at = FindChunk(png, chunk);
-    if (at == std::string::npos)
-        return std::string();
-    png[at + offset] = static_cast<char>(png[at + offset] ^ flip);
+    png[FindChunk(png, chunk) + offset] ^= flip;
     return png;
 }
 
-// Writes a width into IHDR without fixing its checksum: the size check
-// must come before libpng's own complaint.
-std::string WithWidth(unsigned int width)
+// Writes a size into IHDR without fixing its checksum: the size check must
+// come before libpng's own complaint.
+std::string WithSize(unsigned int width, unsigned int height)
 {
     std::string png = MakePng(4, 4);
-    size_t at = FindChunk(png, "IHDR");
-    for (int i = 0; i < 4; ++i)
+    const size_t at = FindChunk(png, "IHDR");
+    for (int i = 0; i < 4; ++i) {
         png[at + 8 + i] = static_cast<char>((width >> (24 - 8 * i)) & 0xff);
+        png[at + 12 + i] = static_cast<char>((height >> (24 - 8 * i)) & 0xff);
+    }
     return png;
+}
+
+size_t IendAt()
+{
+    return FindChunk(MakePng(4, 4), "IEND");
 }
 
 class ImageRefusedTest : public ::testing::TestWithParam<RefusedCase> {};
@@ -83,12 +75,9 @@ TEST_P(ImageRefusedTest, GivesNoImageAndSaysWhy)
     const RefusedCase& c = GetParam();
     std::string bytes = c.make();
     LogCapture log;
-    auto image = CImageData::FromPng("ref7", bytes.data(), bytes.size());
-    EXPECT_FALSE(image);
+    EXPECT_FALSE(CImageData::FromPng("ref7", bytes.data(), bytes.size()));
     EXPECT_EQ(1, log.CountContaining(std::string("Image \"ref7\" refused: ") + c.why, DLOG_WARN)) << log.Dump();
 }
-
-size_t IendAt() { return FindChunk(MakePng(4, 4), "IEND"); }
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, ImageRefusedTest,
@@ -96,15 +85,15 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedCase{"Empty", [] { return std::string(); }, "no data"},
         RefusedCase{"Text", [] { return std::string("<tt xmlns=\"http://www.w3.org/ns/ttml\"/>"); }, "not a PNG file"},
         RefusedCase{"SignatureOnly", [] { return Cut(8); }, "corrupt or truncated PNG"},
-        RefusedCase{"CutInIhdr", [] { return Cut(20); }, "corrupt or truncated PNG"},
         RefusedCase{"CutInPixels", [] { return Cut(IendAt() - 6); }, "corrupt or truncated PNG"},
-        RefusedCase{"CutBeforeIend", [] { return Cut(IendAt()); }, "corrupt or truncated PNG"},
         RefusedCase{"CutInIendChecksum", [] { return Cut(IendAt() + 10); }, "corrupt or truncated PNG"},
         RefusedCase{"PixelChecksumWrong", [] { return Patched("IDAT", 9, 0x55); }, "corrupt or truncated PNG"},
         RefusedCase{"BadColourType", [] { return Patched("IHDR", 17, 5); }, "corrupt or truncated PNG"},
-        RefusedCase{"ZeroWidth", [] { return WithWidth(0); }, "size 0x4 out of range"},
-        RefusedCase{"TooWide", [] { return WithWidth(CImageData::kMaxSide + 1); }, "size 8193x4 out of range"},
-        RefusedCase{"HugeWidth", [] { return WithWidth(0x7fffffff); }, "size 2147483647x4 out of range"}),
+        RefusedCase{"ZeroWidth", [] { return WithSize(0, 4); }, "size 0x4 out of range"},
+        RefusedCase{"ZeroHeight", [] { return WithSize(4, 0); }, "size 4x0 out of range"},
+        RefusedCase{"TooWide", [] { return WithSize(CImageData::kMaxSide + 1, 4); }, "size 8193x4 out of range"},
+        RefusedCase{"TooTall", [] { return WithSize(4, CImageData::kMaxSide + 1); }, "size 4x8193 out of range"},
+        RefusedCase{"HugeWidth", [] { return WithSize(0x7fffffff, 4); }, "size 2147483647x4 out of range"}),
     TTMLTest::RowName());
 
 TEST(ImageDataTest, NullAndOversizedBuffersAreRefusedWithoutReading)
