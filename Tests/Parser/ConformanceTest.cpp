@@ -1,15 +1,18 @@
-// The public EBU-TT-D samples through the whole parser path. Most of them
-// declare IMSC 1 text after EBU-TT-D, and the last declaration decides, so
-// they are walked by the IMSC 1 text rules; each sample also runs once with
-// its IMSC 1 declaration removed, which leaves it EBU-TT-D. Both walks must
-// give the same hand-checked intervals.
+// The public EBU-TT-D and IMSC 1 image samples through the whole parser path.
+// Most EBU-TT-D samples declare IMSC 1 text after EBU-TT-D, and the last
+// declaration decides, so they are walked by the IMSC 1 text rules; each
+// sample also runs once with its IMSC 1 declaration removed, which leaves it
+// EBU-TT-D. Both walks must give the same hand-checked intervals.
 
+#include "CImageData.h"
+#include "CSubSampleBuilder.h"
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 using namespace ParserTest;
 
@@ -127,5 +130,76 @@ INSTANTIATE_TEST_SUITE_P(Parser, EbuSampleIntervals, ::testing::ValuesIn(kSample
                              std::replace(n.begin(), n.end(), '-', '_');
                              return n;
                          });
+
+// ---- IMSC 1 image documents ----------------------------------------------
+
+const std::filesystem::path kImageDir = std::filesystem::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
+
+// Sub-sample data of every PNG beside the document, as a source would send it.
+std::string PackedImagesBeside(const std::filesystem::path& document)
+{
+    std::vector<std::string> paths;
+    for (const auto& entry : std::filesystem::directory_iterator(document.parent_path())) {
+        if (entry.path().extension() == ".png")
+            paths.push_back(entry.path().string());
+    }
+    std::sort(paths.begin(), paths.end());
+    std::string data;
+    EXPECT_TRUE(paths.empty() || TTML::CSubSampleBuilder::BuildFromFiles(paths, data));
+    return data;
+}
+
+// Hand-checked from the document and the size its PNG header states.
+const std::map<std::string, std::string> kImageResults = {
+    {"altText/altText1.ttml", "1000-9000 altText1-img.png=160x120; extent=320px 240px aspect="},
+    {"aspectRatio/aspectRatio3.ttml", "1000-9000 aspectRatio3-img.png=160x120; extent=160px 120px aspect=4 3"},
+    {"aspectRatio/aspectRatio4.ttml", "1000-9000 aspectRatio4-img.png=160x90; extent=160px 90px aspect=16 9"},
+    {"aspectRatio/aspectRatio6.ttml", "1000-9000 aspectRatio6-img.png=160x120; extent=160px 120px aspect="},
+};
+
+// Every image document is accepted as such and everything it shows is a
+// decoded image: a div without one would be a walk that lost its reference.
+TEST(ImageSamples, EveryDocumentShowsDecodedImages)
+{
+    size_t documents = 0, known = 0;
+    for (const std::string& file : SampleFiles(kImageDir, ".ttml")) {
+        const std::string xml = ReadFile(kImageDir / file);
+        if (xml.find("ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\"") == std::string::npos)
+            continue;
+        SCOPED_TRACE(file);
+        ++documents;
+        LogCapture log;
+        SyncParser p;
+        TTML::SubRawData* record = MakeRecord(xml);
+        record->subSampleData = PackedImagesBeside(kImageDir / file);
+        int resolved = -2;
+        ASSERT_EQ(p.parser.ProcessRecord(record, &resolved), TTML::ERR_NONE) << log.Dump();
+        EXPECT_EQ(resolved, 1);
+        const TTML::CSubtitleInfo& info = *p.Last();
+        std::string shown;
+        for (const auto& key : Intervals(info)) {
+            std::list<TTML::CElementSPTR> elements;
+            info.GetElementListForInterval(key, elements);
+            for (const auto& e : elements) {
+                std::shared_ptr<TTML::CImageData> image = e->IsImageProfile() ? e->GetImageData() : nullptr;
+                shown += std::to_string(key.first) + "-" + std::to_string(key.second) + " " +
+                         (image ? image->GetReference() + "=" + std::to_string(image->GetWidth()) + "x" +
+                                      std::to_string(image->GetHeight())
+                                : "<no image>") +
+                         "; ";
+            }
+        }
+        EXPECT_NE(shown, "");
+        EXPECT_EQ(shown.find("<no image>"), std::string::npos) << shown;
+        if (kImageResults.count(file)) {
+            ++known;
+            EXPECT_EQ(shown + "extent=" + info.GetTTExtent() + " aspect=" + info.GetAspectRatio(),
+                      kImageResults.at(file));
+        }
+    }
+    if (documents == 0)
+        GTEST_SKIP() << "IMSC 1 image documents not found in " << kImageDir;
+    EXPECT_EQ(known, kImageResults.size());
+}
 
 }  // namespace

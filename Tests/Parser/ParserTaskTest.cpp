@@ -8,7 +8,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <future>
 #include <thread>
 
 using namespace ParserTest;
@@ -64,58 +64,36 @@ TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
 TEST(ParserTask, DestroyFreesQueuedRecordsUnread)
 {
     struct Gate {
-        std::mutex m;
-        std::condition_variable cv;
-        bool entered = false;
-        bool release = false;
+        std::promise<void> entered, release;
+        std::shared_future<void> released = release.get_future().share();
         std::atomic<int> delivered{0};
     } gate;
     auto cb = [](int, void* data) {
         auto* p = static_cast<TTML::ParserCallbackData*>(data);
         auto* g = static_cast<Gate*>(p->pUserData);
         delete p->pSubtitleInfo;
-        g->delivered++;
-        std::unique_lock<std::mutex> lk(g->m);
-        g->entered = true;
-        g->cv.notify_all();
-        g->cv.wait(lk, [g] { return g->release; });
+        if (++g->delivered == 1)
+            g->entered.set_value();
+        g->released.wait();
     };
 
     LogCapture log;
     CParser parser;
     ASSERT_TRUE(parser.Initialize(1, cb, &gate));
     parser.AddToParserQueue(MakeRecord(DocAt(1)));
-    {
-        std::unique_lock<std::mutex> lk(gate.m);
-        gate.cv.wait(lk, [&] { return gate.entered; });
-    }
+    gate.entered.get_future().wait();
     for (int i = 2; i <= 4; ++i)
         parser.AddToParserQueue(MakeRecord(DocAt(i)));
-
     std::thread destroyer([&] { parser.Destroy(); });
     while (!parser.IsTaskIgnored())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    {
-        std::lock_guard<std::mutex> lk(gate.m);
-        gate.release = true;
-    }
-    gate.cv.notify_all();
+    gate.release.set_value();
     destroyer.join();
 
     EXPECT_EQ(gate.delivered.load(), 1);
     EXPECT_EQ(log.Count("CTask::IsTaskIgnored() is true, deleting xml data!", DLOG_WARN), 3) << log.Dump();
     EXPECT_TRUE(log.Has("Marking the current queue to be ignored."));
     EXPECT_TRUE(log.Has("Destroy is done"));
-}
-
-TEST(ParserTask, WithoutCallbackTheDocumentIsDropped)
-{
-    LogCapture log;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
-    EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
-    EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
-    parser.Destroy();
 }
 
 TEST(ParserTask, LifecycleMisuseIsRefusedAndDestroyAllowsANewStart)
@@ -155,6 +133,16 @@ TEST(ParserTask, NullRecordIsRefusedAndTheTaskKeepsRunning)
     parser.Reset();
     EXPECT_EQ(delivered.Count(), 1u);
     EXPECT_EQ(parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
+    parser.Destroy();
+}
+
+TEST(ParserTask, WithoutCallbackTheDocumentIsDropped)
+{
+    LogCapture log;
+    CParser parser;
+    ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
+    EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
+    EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
     parser.Destroy();
 }
 
