@@ -124,16 +124,13 @@ TEST(ParserTask, LifecycleMisuseIsRefusedAndDestroyAllowsANewStart)
 TEST(ParserTask, NullRecordIsRefusedAndTheTaskKeepsRunning)
 {
     LogCapture log;
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
-    parser.AddToParserQueue(nullptr);
+    SyncParser p;
+    p.parser.AddToParserQueue(nullptr);
     EXPECT_TRUE(log.Has("pSubRawData is NULL", DLOG_WARN));
-    parser.AddToParserQueue(MakeRecord(MakeDoc()));
-    parser.Reset();
-    EXPECT_EQ(delivered.Count(), 1u);
-    EXPECT_EQ(parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
-    parser.Destroy();
+    p.parser.AddToParserQueue(MakeRecord(MakeDoc()));
+    p.parser.Reset();
+    EXPECT_EQ(p.delivered.Count(), 1u);
+    EXPECT_EQ(p.parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
 }
 
 TEST(ParserTask, WithoutCallbackTheDocumentIsDropped)
@@ -186,21 +183,18 @@ TEST(ParserTask, DocumentsOfOneProfileShareTheCachedProfile)
 // Fonts reported from another thread while documents are parsed.
 TEST(ParserTask, FontErrorsMayArriveWhileTheParserWorks)
 {
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+    SyncParser p;
     std::atomic<bool> stop{false};
     std::thread reporter([&] {
         while (!stop)
-            parser.OnErrorDownloadableFonts({"SomeOtherFont"});
+            p.parser.OnErrorDownloadableFonts({"SomeOtherFont"});
     });
     for (int i = 1; i <= 20; ++i)
-        parser.AddToParserQueue(MakeRecord(DocAt(i)));
-    parser.Reset();
+        p.parser.AddToParserQueue(MakeRecord(DocAt(i)));
+    p.parser.Reset();
     stop = true;
     reporter.join();
-    EXPECT_EQ(delivered.Count(), 20u);
-    parser.Destroy();
+    EXPECT_EQ(p.delivered.Count(), 20u);
 }
 
 }  // namespace

@@ -133,7 +133,8 @@ inline std::string TextsIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo:
     return out;
 }
 
-// A parser whose documents run on the test's thread (nothing is queued).
+// An initialised parser whose documents go to `delivered`; Run parses on the
+// test's thread, queued records on the parser's.
 struct SyncParser {
     Deliveries delivered;
     TTML::CParser parser;
