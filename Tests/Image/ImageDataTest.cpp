@@ -43,25 +43,7 @@ std::string Cut(size_t keep)
     return MakePng(4, 4).substr(0, keep);
 }
 
-std::string Patched(const char* chunk, size_t offset, char flip)
-{
-    std::string png = MakePng(4, 4);
-    png[FindChunk(png, chunk) + offset] ^= flip;
-    return png;
-}
-
-// Writes a size into IHDR without fixing its checksum: the size check must
-// come before libpng's own complaint.
-std::string WithSize(unsigned int width, unsigned int height)
-{
-    std::string png = MakePng(4, 4);
-    const size_t at = FindChunk(png, "IHDR");
-    for (int i = 0; i < 4; ++i) {
-        png[at + 8 + i] = static_cast<char>((width >> (24 - 8 * i)) & 0xff);
-        png[at + 12 + i] = static_cast<char>((height >> (24 - 8 * i)) & 0xff);
-    }
-    return png;
-}
+const char* const kCorrupt = "corrupt or truncated PNG";
 
 size_t IendAt()
 {
@@ -84,16 +66,16 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         RefusedCase{"Empty", [] { return std::string(); }, "no data"},
         RefusedCase{"Text", [] { return std::string("<tt xmlns=\"http://www.w3.org/ns/ttml\"/>"); }, "not a PNG file"},
-        RefusedCase{"SignatureOnly", [] { return Cut(8); }, "corrupt or truncated PNG"},
-        RefusedCase{"CutInPixels", [] { return Cut(IendAt() - 6); }, "corrupt or truncated PNG"},
-        RefusedCase{"CutInIendChecksum", [] { return Cut(IendAt() + 10); }, "corrupt or truncated PNG"},
-        RefusedCase{"PixelChecksumWrong", [] { return Patched("IDAT", 9, 0x55); }, "corrupt or truncated PNG"},
-        RefusedCase{"BadColourType", [] { return Patched("IHDR", 17, 5); }, "corrupt or truncated PNG"},
-        RefusedCase{"ZeroWidth", [] { return WithSize(0, 4); }, "size 0x4 out of range"},
-        RefusedCase{"ZeroHeight", [] { return WithSize(4, 0); }, "size 4x0 out of range"},
-        RefusedCase{"TooWide", [] { return WithSize(CImageData::kMaxSide + 1, 4); }, "size 8193x4 out of range"},
-        RefusedCase{"TooTall", [] { return WithSize(4, CImageData::kMaxSide + 1); }, "size 4x8193 out of range"},
-        RefusedCase{"HugeWidth", [] { return WithSize(0x7fffffff, 4); }, "size 2147483647x4 out of range"}),
+        RefusedCase{"SignatureOnly", [] { return Cut(8); }, kCorrupt},
+        RefusedCase{"CutInPixels", [] { return Cut(IendAt() - 6); }, kCorrupt},
+        RefusedCase{"CutInIendChecksum", [] { return Cut(IendAt() + 10); }, kCorrupt},
+        RefusedCase{"PixelChecksumWrong", [] { return Flipped(MakePng(4, 4), "IDAT", 9, 0x55); }, kCorrupt},
+        RefusedCase{"BadColourType", [] { return Flipped(MakePng(4, 4), "IHDR", 17, 5); }, kCorrupt},
+        RefusedCase{"ZeroWidth", [] { return ClaimingSize(0, 4); }, "size 0x4 out of range"},
+        RefusedCase{"ZeroHeight", [] { return ClaimingSize(4, 0); }, "size 4x0 out of range"},
+        RefusedCase{"TooWide", [] { return ClaimingSize(CImageData::kMaxSide + 1, 4); }, "size 8193x4 out of range"},
+        RefusedCase{"TooTall", [] { return ClaimingSize(4, CImageData::kMaxSide + 1); }, "size 4x8193 out of range"},
+        RefusedCase{"HugeWidth", [] { return ClaimingSize(0x7fffffff, 4); }, "size 2147483647x4 out of range"}),
     TTMLTest::RowName());
 
 TEST(ImageDataTest, NullAndOversizedBuffersAreRefusedWithoutReading)
