@@ -1,8 +1,10 @@
 // The parser task: delivery on the "Parser" thread, Reset and Destroy with
-// queued documents, ownership of records and documents, the profile cache.
+// queued documents, ownership of records and documents, the profile cache,
+// and documents that fail on the way.
 
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
+#include "RowPrinter.h"
 
 #include <gtest/gtest.h>
 
@@ -26,6 +28,7 @@ std::string DocAt(int second)
 }
 
 // A slow receiver makes a Reset that does not wait for the queue visible.
+// Each record's timestamp and segment start reach its document.
 TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
 {
     Deliveries delivered;
@@ -35,8 +38,11 @@ TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
     };
     CParser parser;
     ASSERT_TRUE(parser.Initialize(1, slow, &delivered));
-    for (int i = 1; i <= 5; ++i)
-        parser.AddToParserQueue(MakeRecord(DocAt(i), -1, 100 * i));
+    for (int i = 1; i <= 5; ++i) {
+        TTML::SubRawData* record = MakeRecord(DocAt(i), -1, 100 * i - 300);
+        record->segmentBegin = i == 1 ? 1200 : 0;  // raises the first begin
+        parser.AddToParserQueue(record);
+    }
     LogCapture log;
     parser.Reset();
     EXPECT_TRUE(log.Has("Reset is done"));
@@ -45,10 +51,10 @@ TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
     for (int i = 1; i <= 5; ++i) {
         const auto& doc = *delivered.docs[i - 1];
         EXPECT_EQ(delivered.threads[i - 1], "Parser");
-        EXPECT_EQ(doc.GetTimeStamp(), 100 * i);
-        const unsigned long long begin = 1000ULL * i;
-        EXPECT_EQ(Intervals(doc), (IntervalList{{begin, begin + 500}}));
-        EXPECT_EQ(TextsIn(doc, {begin, begin + 500}), "Doc " + std::to_string(i));
+        EXPECT_EQ(doc.GetTimeStamp(), 100 * i - 300);
+        const unsigned long long begin = i == 1 ? 1200 : 1000ULL * i, end = 1000ULL * i + 500;
+        EXPECT_EQ(Intervals(doc), (IntervalList{{begin, end}}));
+        EXPECT_EQ(TextsIn(doc, {begin, end}), "Doc " + std::to_string(i));
     }
     // The reader is touched on the parser thread only, the reset's clean-up included.
     for (const auto& line : log.Lines()) {
@@ -96,7 +102,7 @@ TEST(ParserTask, DestroyFreesQueuedRecordsUnread)
     EXPECT_TRUE(log.Has("Destroy is done"));
 }
 
-TEST(ParserTask, LifecycleMisuseIsRefusedAndDestroyAllowsANewStart)
+TEST(ParserTask, LifecycleMisuseAndAMissingCallbackAreRefused)
 {
     LogCapture log;
     Deliveries delivered;
@@ -107,6 +113,8 @@ TEST(ParserTask, LifecycleMisuseIsRefusedAndDestroyAllowsANewStart)
         EXPECT_TRUE(log.Has("CParser is already destroyed!!!", DLOG_WARN));
         ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
         EXPECT_TRUE(log.Has("Initialize is done"));
+        EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
+        EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
         EXPECT_FALSE(parser.Initialize(1, nullptr, nullptr));
         EXPECT_TRUE(log.Has("CParser is already initialized, returning false.", DLOG_WARN));
         parser.Destroy();
@@ -131,29 +139,6 @@ TEST(ParserTask, NullRecordIsRefusedAndTheTaskKeepsRunning)
     p.parser.Reset();
     EXPECT_EQ(p.delivered.Count(), 1u);
     EXPECT_EQ(p.parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
-}
-
-TEST(ParserTask, WithoutCallbackTheDocumentIsDropped)
-{
-    LogCapture log;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
-    EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
-    EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
-    parser.Destroy();
-}
-
-TEST(ParserTask, RecordTimingsReachTheDocument)
-{
-    SyncParser p;
-    auto* record = MakeRecord(DocAt(1), -1, -250);
-    record->segmentBegin = 1200;
-    record->segmentEnd = 5000;
-    ASSERT_EQ(p.parser.ProcessRecord(record), TTML::ERR_NONE);
-    ASSERT_NE(p.Last(), nullptr);
-    EXPECT_EQ(p.Last()->GetTimeStamp(), -250);
-    // Begins below the segment start are raised to it.
-    EXPECT_EQ(Intervals(*p.Last()), (IntervalList{{1200, 1500}}));
 }
 
 // The failed-font list lives in the cached profile, so a second document
@@ -195,6 +180,88 @@ TEST(ParserTask, FontErrorsMayArriveWhileTheParserWorks)
     stop = true;
     reporter.join();
     EXPECT_EQ(p.delivered.Count(), 20u);
+}
+
+// ---- Documents that fail on the way ----------------------------------------
+// Bytes that never become a DOM and a walk that refuses the document never
+// reach the callback, and the reader is ready for the next one. Which
+// documents each profile refuses is the profile tests' business.
+
+struct RefusalCase {
+    const char* name;
+    std::string bytes;
+    int result;
+    std::vector<std::string> logged;  // warnings, exact messages
+};
+
+DocParts NoRegion()
+{
+    DocParts d;
+    d.layout.clear();
+    return d;
+}
+
+const std::string kDomFailed = "Unable to create XML DOM!!!";
+
+const RefusalCase kRefusals[] = {
+    {"Valid", MakeDoc(), TTML::ERR_NONE, {}},
+    {"WalkRefuses", MakeDoc(NoRegion()), TTML::ERR_INVALID, {"Error in processing XML DOM. Error code = 5"}},
+    {"Malformed", MakeDoc().substr(0, MakeDoc().size() / 2), TTML::ERR_INVALID, {"ReadMemory failed", kDomFailed}},
+    // Never handed to the reader.
+    {"Empty", "", TTML::ERR_INVALID, {"NULL pointer found or invalid data", kDomFailed}},
+};
+
+class DocumentRefusal : public ::testing::TestWithParam<RefusalCase> {};
+
+TEST_P(DocumentRefusal, ResultAndWarnings)
+{
+    const RefusalCase& c = GetParam();
+    SyncParser p(1);
+    LogCapture log;
+    int resolved = -2;
+    EXPECT_EQ(p.Run(c.bytes, 2, &resolved), c.result) << log.Dump();
+    EXPECT_EQ(p.delivered.Count(), c.result == TTML::ERR_NONE ? 1u : 0u);
+    for (const auto& line : c.logged)
+        EXPECT_TRUE(log.Has(line, DLOG_WARN)) << "missing: " << line << "\n" << log.Dump();
+    // A document that never became a DOM is not resolved at all.
+    EXPECT_EQ(resolved, !c.logged.empty() && c.logged.back() == kDomFailed ? -1 : 2);
+    // Whatever happened, the reader is empty again for the next document.
+    EXPECT_EQ(p.Run(MakeDoc(), 2), TTML::ERR_NONE);
+}
+
+INSTANTIATE_TEST_SUITE_P(Parser, DocumentRefusal, ::testing::ValuesIn(kRefusals), TTMLTest::RowName());
+
+// A document whose text is "Café", in UTF-16 with a byte-order mark.
+TEST(DocumentContent, Utf16TextArrivesAsUtf8)
+{
+    DocParts d;
+    d.body = "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\"><span>Caf\xE9</span></p></div>";
+    std::string xml = MakeDoc(d);
+    xml.replace(xml.find("UTF-8"), 5, "UTF-16");
+    for (bool bigEndian : {false, true}) {
+        std::string utf16 = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        for (char c : xml)  // Latin-1: every byte is its own code point
+            utf16 += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+        SyncParser p(1);
+        ASSERT_EQ(p.Run(utf16, 2), TTML::ERR_NONE);
+        EXPECT_EQ(TextsIn(*p.Last(), {1000, 2000}), "Caf\xC3\xA9") << "big endian: " << bigEndian;
+    }
+}
+
+// What a refused root costs: none of its parameters reach the document.
+TEST(DocumentContent, FailedRootKeepsNoneOfItsParameters)
+{
+    SyncParser p(1);
+    DocParts d;
+    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"smpte\"";
+    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
+    EXPECT_EQ(p.Last()->GetTimeBase(), "");
+    EXPECT_EQ(p.Last()->GetCellResolution(), "32 15");
+
+    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"media\"";
+    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
+    EXPECT_EQ(p.Last()->GetTimeBase(), "media");
+    EXPECT_EQ(p.Last()->GetCellResolution(), "40 20");
 }
 
 }  // namespace
