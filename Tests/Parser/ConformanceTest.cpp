@@ -104,11 +104,8 @@ const std::filesystem::path kImageDir = std::filesystem::path(INTERTITLE_TESTDAT
 std::string PackedImagesBeside(const std::filesystem::path& document)
 {
     std::vector<std::string> paths;
-    for (const auto& entry : std::filesystem::directory_iterator(document.parent_path())) {
-        if (entry.path().extension() == ".png")
-            paths.push_back(entry.path().string());
-    }
-    std::sort(paths.begin(), paths.end());
+    for (const std::string& png : SampleFiles(document.parent_path(), ".png"))
+        paths.push_back((document.parent_path() / png).string());
     std::string data;
     EXPECT_TRUE(paths.empty() || TTML::CSubSampleBuilder::BuildFromFiles(paths, data));
     return data;

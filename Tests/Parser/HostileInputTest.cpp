@@ -306,14 +306,11 @@ const HostileCase kCases[] = {
 // A document that runs away is stopped here, naming its row, instead of
 // hanging the suite.
 const unsigned kWatchdogSeconds = 60;
-char g_runningRow[128];
+char g_watchdogMessage[192];
 
 void OnWatchdog_Cb(int)
 {
-    const char prefix[] = "watchdog: hostile input ran past a minute: ";
-    (void)!write(STDERR_FILENO, prefix, sizeof(prefix) - 1);
-    (void)!write(STDERR_FILENO, g_runningRow, std::strlen(g_runningRow));
-    (void)!write(STDERR_FILENO, "\n", 1);
+    (void)!write(STDERR_FILENO, g_watchdogMessage, std::strlen(g_watchdogMessage));
     _exit(3);
 }
 
@@ -351,7 +348,8 @@ class HostileInput : public ::testing::TestWithParam<HostileCase> {};
 TEST_P(HostileInput, RefusedWithReasonOrAcceptedWithIntervalsInBoundedMemory)
 {
     const HostileCase& c = GetParam();
-    std::snprintf(g_runningRow, sizeof(g_runningRow), "%s", c.name);
+    std::snprintf(g_watchdogMessage, sizeof(g_watchdogMessage), "watchdog: hostile input ran past a minute: %s\n",
+                  c.name);
     signal(SIGALRM, OnWatchdog_Cb);
     alarm(kWatchdogSeconds);
 
