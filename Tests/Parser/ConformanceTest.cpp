@@ -69,6 +69,8 @@ TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
     if (files.empty())
         GTEST_SKIP() << "EBU-TT-D samples not found in " << kSampleDir
                      << " (set INTERTITLE_TESTDATA to the shared test data folder)";
+    // One parser for all: the cached profiles take turns.
+    SyncParser p(1);
     size_t known = 0;
     for (const auto& name : files) {
         const std::string delivered = ReadFile(kSampleDir + "/" + name);
@@ -81,7 +83,6 @@ TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
         for (bool asEbu : {false, true}) {
             SCOPED_TRACE(name + (asEbu ? " as EBU-TT-D" : " as delivered"));
             LogCapture log;
-            SyncParser p(1);
             int resolved = -2;
             ASSERT_EQ(p.Run(asEbu ? ebu : delivered, -1, &resolved), TTML::ERR_NONE) << log.Dump();
             EXPECT_EQ(resolved, imscLast && !asEbu ? 0 : 2);
@@ -94,6 +95,7 @@ TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
         }
     }
     EXPECT_EQ(known, 2 * kKnown.size());
+    EXPECT_EQ(p.delivered.Count(), 2 * files.size());
 }
 
 // ---- IMSC 1 image documents ----------------------------------------------

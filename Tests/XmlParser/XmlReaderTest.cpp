@@ -191,11 +191,14 @@ protected:
 };
 
 // Files keep their blanks out but CDATA as a node of its own: not walked, no
-// text node, yet its text is part of the element's content.
+// text node, yet its text is part of the element's content. A missing,
+// broken or non-file path is false.
 TEST_F(XmlFile, ReadsWithoutMergingCdata)
 {
-    Write("<tt>\n  <head/>\n  <body><div><p><![CDATA[1 < 2]]></p></div></body>\n</tt>\n");
     CXmlParser reader;
+    for (const std::string& path : {m_path + ".missing", std::string(), std::string("/tmp"), m_path})
+        EXPECT_FALSE(reader.ReadFile(path)) << path;  // m_path is still empty
+    Write("<tt>\n  <head/>\n  <body><div><p><![CDATA[1 < 2]]></p></div></body>\n</tt>\n");
     ASSERT_TRUE(reader.ReadFile(m_path));
     EXPECT_EQ("head", reader.GetNodeName(reader.GetChildNodeList(reader.GetRootElement())));
     XMLNODEPTR p = Paragraph(reader);
@@ -222,18 +225,6 @@ TEST_F(XmlFile, OversizedDocumentIsRefused)
     EXPECT_TRUE(reader.ReadMemory(doc.data(), static_cast<int>(doc.size())));
 }
 
-TEST_F(XmlFile, MissingOrBrokenFileIsFalse)
-{
-    CXmlParser reader;
-    LogCapture log;
-    EXPECT_FALSE(reader.ReadFile(m_path + ".missing"));
-    EXPECT_FALSE(reader.ReadFile(""));
-    Write("<tt><p></tt>");
-    EXPECT_FALSE(reader.ReadFile(m_path));
-    EXPECT_FALSE(reader.ReadFile("/tmp"));
-    EXPECT_EQ(nullptr, reader.GetRootElement());
-}
-
 // --- Lifecycle -------------------------------------------------------------
 
 using XmlLifecycleDeathTest = XmlFile;
@@ -241,20 +232,15 @@ using XmlLifecycleDeathTest = XmlFile;
 TEST_F(XmlLifecycleDeathTest, ReadingOverALoadedDocumentIsFatal)
 {
     Write(kSmallDoc);
-    EXPECT_DEATH(
-        {
-            CXmlParser reader;
-            reader.ReadMemory(kSmallDoc, sizeof(kSmallDoc) - 1);
-            reader.ReadMemory(kSmallDoc, sizeof(kSmallDoc) - 1);
-        },
-        "[Aa]ssertion failed: !m_xmlDoc");
-    EXPECT_DEATH(
-        {
-            CXmlParser reader;
-            reader.ReadMemory(kSmallDoc, sizeof(kSmallDoc) - 1);
-            reader.ReadFile(m_path);
-        },
-        "[Aa]ssertion failed: !m_xmlDoc");
+    for (bool fromFile : {false, true}) {
+        EXPECT_DEATH(
+            {
+                CXmlParser reader;
+                reader.ReadMemory(kSmallDoc, sizeof(kSmallDoc) - 1);
+                fromFile ? reader.ReadFile(m_path) : reader.ReadMemory(kSmallDoc, sizeof(kSmallDoc) - 1);
+            },
+            "[Aa]ssertion failed: !m_xmlDoc");
+    }
 }
 
 TEST(XmlLifecycle, ResetFreesTheDocumentAndAlwaysTrimsTheHeap)
