@@ -28,24 +28,19 @@ const std::string kSample = std::string(INTERTITLE_SOURCE_DIR) + "/samples/ebu-t
 // length (and "#len" the number of lines). Fails on invalid JSON.
 const char kFlatten[] = R"PY(
 import json, sys
-def walk(path, v, out):
+def walk(path, v):
     if isinstance(v, dict):
-        out.append(path + "#keys=" + ",".join(v.keys()))
-        for k, x in v.items():
-            walk(path + "." + k if path else k, x, out)
+        print(path + "#keys=" + ",".join(v))
+        for k, x in v.items(): walk(path + "." + k, x)
     elif isinstance(v, list):
-        out.append(path + "#len=" + str(len(v)))
-        for i, x in enumerate(v):
-            walk(path + "." + str(i), x, out)
+        print(path + "#len=" + str(len(v)))
+        for i, x in enumerate(v): walk(path + "." + str(i), x)
     else:
-        out.append(path + "=" + json.dumps(v, ensure_ascii=False))
-n = 0
-for line in open(sys.argv[1], encoding="utf-8"):
-    out = []
-    walk(str(n), json.loads(line), out)
-    print("\n".join(out))
-    n += 1
-print("#len=" + str(n))
+        print(path + "=" + json.dumps(v, ensure_ascii=False))
+lines = open(sys.argv[1], encoding="utf-8").readlines()
+for n, line in enumerate(lines): walk(str(n), json.loads(line))
+print("#len=" + str(len(lines)))
+PY
 )PY";
 
 std::string TempPath(const char* tag)
@@ -55,10 +50,7 @@ std::string TempPath(const char* tag)
 
 std::map<std::string, std::string> Flatten(const std::string& jsonFile)
 {
-    std::string script = TempPath("flatten.py");
-    std::ofstream(script) << kFlatten;
-    ShellRun r = Shell("python3 '" + script + "' '" + jsonFile + "'");
-    std::remove(script.c_str());
+    ShellRun r = Shell("python3 - '" + jsonFile + "' <<'PY'" + kFlatten);
     std::map<std::string, std::string> fields;
     EXPECT_EQ(r.status, 0) << "not valid JSON lines:\n" << r.out;
     std::istringstream lines(r.out);

@@ -316,14 +316,12 @@ void OnWatchdog_Cb(int)
 
 // Sanitizers multiply heap use (shadow memory, redzones, quarantine), so
 // there the bound says nothing; the outcome is still checked.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-const bool kMeasureMemory = false;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-const bool kMeasureMemory = false;
-#else
-const bool kMeasureMemory = true;
+#ifndef __has_feature
+#define __has_feature(x) 0
 #endif
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || __has_feature(address_sanitizer) || \
+    __has_feature(thread_sanitizer)
+const bool kMeasureMemory = false;
 #else
 const bool kMeasureMemory = true;
 #endif

@@ -60,12 +60,9 @@ const ResolutionCase kCases[] = {
       "Using profile given in XML: 2"}},
     {"ImscTextDesignatorWithSuffixIsUnrecognised", -1, 1, Root(std::string(kImscText) + "/x"), 2,
      {"Un-recognized profile in subtitle data!", "Using default profile as 2 in subtitle mode=1"}},
-    {"ImscDesignatorIsCaseSensitive", -1, 1, Root("HTTP://www.w3.org/ns/ttml/profile/imsc1/text"), 2,
-     {"Un-recognized profile in subtitle data!"}},
     {"ImscImageDesignatorOnTheRoot", -1, 1, Root(kImscImage), 1, {"Using profile given in XML: 1"}},
     {"RootAttributeBeatsHeadDeclarations", -1, 9, Root(kEbu) + Conforms({kImscText}), 2,
      {"Using profile given in XML: 2"}},
-    {"HeadProfileElementUse", -1, 1, HeadProfile(kImscText), 0, {"Using profile given in XML: 0"}},
     {"HeadProfileElementBeatsMetadata", -1, 9, HeadProfile(kEbu) + Conforms({kImscText}), 2,
      {"Using profile given in XML: 2"}},
     // The public EBU-TT-D samples declare EBU first and IMSC 1 text last.
