@@ -31,13 +31,11 @@ inline std::string MakePng(unsigned int w, unsigned int h)
 // npos.
 inline size_t FindChunk(const std::string& png, const char* type)
 {
-    size_t pos = 8;
-    while (pos + 8 <= png.size()) {
-        const unsigned char* p = reinterpret_cast<const unsigned char*>(png.data()) + pos;
-        size_t length = (size_t(p[0]) << 24) | (size_t(p[1]) << 16) | (size_t(p[2]) << 8) | size_t(p[3]);
+    for (size_t pos = 8; pos + 8 <= png.size();) {
         if (png.compare(pos + 4, 4, type) == 0)
             return pos;
-        pos += 12 + length;
+        const unsigned char* p = reinterpret_cast<const unsigned char*>(png.data()) + pos;
+        pos += 12 + ((size_t(p[0]) << 24) | (size_t(p[1]) << 16) | (size_t(p[2]) << 8) | size_t(p[3]));
     }
     return std::string::npos;
 }

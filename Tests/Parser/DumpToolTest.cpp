@@ -78,18 +78,26 @@ std::string Rows(std::map<std::string, std::string>& f, const std::string& path,
 
 const std::string kRun = "'" + kTool + "' ";
 
-TEST(DumpTool, JsonOfTheSample)
+// The sample and a refused document: one JSON line each, status 1. The
+// control character in the refused file's name must reach the JSON escaped.
+TEST(DumpTool, JsonOfTheSampleAndARefusedDocument)
 {
-    std::string json = TempPath("sample.json");
-    ASSERT_EQ(Shell(kRun + "--json '" + kSample + "' > '" + json + "'").status, 0);
+    const std::string doc = TempPath("refused\x1f.xml"), json = TempPath("two.json");
+    std::ofstream(doc) << "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
+                          " ttp:timeBase=\"smpte\"><body><div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x"
+                          "</p></div></body></tt>";
+    EXPECT_EQ(Shell(kRun + "--json '" + kSample + "' '" + doc + "' > '" + json + "' 2>/dev/null").status, 1);
     auto f = Flatten(json);
+    ShellRun text = Shell(kRun + "'" + doc + "' 2>/dev/null");
     std::remove(json.c_str());
+    std::remove(doc.c_str());
 
     EXPECT_EQ(f["0#keys"], "file,accepted,result,profile,timeBase,cellResolution,extent,aspectRatio,frameRate,"
                            "tickRate,lastEndTime,intervals");
-    EXPECT_EQ(Rows(f, "", {"file", "accepted", "result", "profile", "timeBase", "cellResolution", "extent",
-                           "frameRate", "lastEndTime"}),
-              "\"" + kSample + "\" true 0 2 \"media\" \"50 30\" \"\" 0 9000\n");
+    EXPECT_EQ(Rows(f, "", {"accepted", "result", "profile", "timeBase", "cellResolution", "extent", "frameRate",
+                           "lastEndTime", "intervals#len"}),
+              "true 0 2 \"media\" \"50 30\" \"\" 0 9000 4\nfalse 5 2 \"\" \"\" \"\" 0 0 0\n");
+    EXPECT_EQ(f["0.file"], "\"" + kSample + "\"");
     // s1 1-4 s, s2 4-7.5 s, s3 6-9 s: s1 and s2 touch, s2 and s3 overlap.
     EXPECT_EQ(Rows(f, "0.intervals", {"begin", "end", "elements#len"}),
               "1000 4000 3\n4000 6000 1\n6000 7500 2\n7500 9000 1\n");
@@ -102,27 +110,10 @@ TEST(DumpTool, JsonOfTheSample)
     // Text is no attribute, and a text element names no image.
     EXPECT_EQ(f["0.intervals.0.elements.0#keys"] + f["0.intervals.0.elements.0.attributes.text"],
               "type,text,attributes");
-}
-
-TEST(DumpTool, RefusedDocumentFailsWithItsReason)
-{
-    // The control character in its name must reach the JSON escaped.
-    std::string doc = TempPath("refused\x1f.xml");
-    std::ofstream(doc) << "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-                          " ttp:timeBase=\"smpte\"><body><div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x"
-                          "</p></div></body></tt>";
-    ShellRun text = Shell(kRun + "'" + doc + "' 2>/dev/null");
+    // As text: the result and every reason.
     EXPECT_EQ(text.status, 1);
     EXPECT_NE(text.out.find("refused: result 5"), std::string::npos) << text.out;
     EXPECT_NE(text.out.find("reason: Error in processing XML DOM. Error code = 5"), std::string::npos) << text.out;
-
-    // With a good file beside it: one JSON line each, status still 1.
-    std::string json = TempPath("two.json");
-    EXPECT_EQ(Shell(kRun + "--json '" + kSample + "' '" + doc + "' > '" + json + "' 2>/dev/null").status, 1);
-    auto f = Flatten(json);
-    std::remove(json.c_str());
-    std::remove(doc.c_str());
-    EXPECT_EQ(Rows(f, "", {"accepted", "result", "intervals#len"}), "true 0 4\nfalse 5 0\n");
 }
 
 TEST(DumpTool, OptionsReachTheRecord)
