@@ -9,30 +9,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <dirent.h>
-#include <fstream>
-#include <sstream>
 
 using namespace ParserTest;
 
 namespace {
 
 const std::string kDir = std::string(INTERTITLE_SOURCE_DIR) + "/Tests/Parser/data/fuzz/";
-
-std::vector<std::string> Inputs()
-{
-    std::vector<std::string> names;
-    if (DIR* dir = opendir(kDir.c_str())) {
-        while (dirent* entry = readdir(dir)) {
-            const std::string name = entry->d_name;
-            if (name.size() > 5 && name.compare(name.size() - 5, 5, ".fuzz") == 0)
-                names.push_back(name);
-        }
-        closedir(dir);
-    }
-    std::sort(names.begin(), names.end());
-    return names;
-}
 
 class FuzzRegression : public ::testing::TestWithParam<std::string> {};
 
@@ -41,10 +23,7 @@ TEST_P(FuzzRegression, GivesItsResult)
     const std::string name = GetParam();
     const std::string stem = name.substr(0, name.size() - 5);
     const int expected = std::stoi(stem.substr(stem.find_last_of('.') + 1));
-    std::ifstream in(kDir + name, std::ios::binary);
-    std::stringstream bytes;
-    bytes << in.rdbuf();
-    const std::string data = bytes.str();
+    const std::string data = ReadFile(kDir + name);
 
     int mode = 0;
     TTML::SubRawData* pRecord = TTML::MakeFuzzRecord(reinterpret_cast<const uint8_t*>(data.data()), data.size(), mode);
@@ -57,7 +36,7 @@ TEST_P(FuzzRegression, GivesItsResult)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Parser, FuzzRegression, ::testing::ValuesIn(Inputs()),
+INSTANTIATE_TEST_SUITE_P(Parser, FuzzRegression, ::testing::ValuesIn(SampleFiles(kDir, ".fuzz")),
                          [](const ::testing::TestParamInfo<std::string>& info) {
                              std::string id = info.param.substr(0, info.param.find('.'));
                              std::replace_if(id.begin(), id.end(), [](char c) { return !isalnum(c); }, '_');

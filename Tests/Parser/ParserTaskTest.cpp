@@ -1,5 +1,6 @@
 // The parser task: delivery on the "Parser" thread, Reset and Destroy with
-// queued documents, ownership of records and documents, the profile cache.
+// queued documents, ownership of records and documents, the profile cache,
+// and documents that fail on the way.
 
 #include "LogCapture.h"
 #include "ParserTestUtil.h"
@@ -8,7 +9,7 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
+#include <future>
 #include <thread>
 
 using namespace ParserTest;
@@ -19,52 +20,41 @@ namespace {
 std::string DocAt(int second)
 {
     DocParts d;
-    char body[256];
-    std::snprintf(body, sizeof(body),
-                  "<div region=\"r1\"><p begin=\"00:00:%02d.000\" end=\"00:00:%02d.500\"><span>Doc %d</span></p></div>",
-                  second, second, second);
-    d.body = body;
+    const std::string s = (second < 10 ? "0" : "") + std::to_string(second);
+    d.body = "<div region=\"r1\"><p begin=\"00:00:" + s + ".000\" end=\"00:00:" + s + ".500\"><span>Doc " +
+             std::to_string(second) + "</span></p></div>";
     return MakeDoc(d);
 }
 
-TEST(ParserTask, DeliversDocumentsInOrderOnTheParserThread)
+// A slow receiver makes a Reset that does not wait for the queue visible.
+// Each record's timestamp and segment start reach its document.
+TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
 {
     Deliveries delivered;
+    auto slow = [](int id, void* data) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        Deliveries::Callback(id, data);
+    };
     CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
-    for (int i = 1; i <= 5; ++i)
-        parser.AddToParserQueue(MakeRecord(DocAt(i), -1, 100 * i));
+    ASSERT_TRUE(parser.Initialize(1, slow, &delivered));
+    for (int i = 1; i <= 5; ++i) {
+        TTML::SubRawData* record = MakeRecord(DocAt(i), -1, 100 * i - 300);
+        record->segmentBegin = i == 1 ? 1200 : 0;  // raises the first begin
+        parser.AddToParserQueue(record);
+    }
+    LogCapture log;
     parser.Reset();
+    EXPECT_TRUE(log.Has("Reset is done"));
 
     ASSERT_EQ(delivered.docs.size(), 5u);
     for (int i = 1; i <= 5; ++i) {
         const auto& doc = *delivered.docs[i - 1];
         EXPECT_EQ(delivered.threads[i - 1], "Parser");
-        EXPECT_EQ(doc.GetTimeStamp(), 100 * i);
-        unsigned long long begin = 1000ULL * i;
-        ASSERT_EQ(Intervals(doc).size(), 1u);
-        EXPECT_EQ(Intervals(doc)[0], std::make_pair(begin, begin + 500));
-        EXPECT_EQ(TextsIn(doc, {begin, begin + 500}), "Doc " + std::to_string(i));
+        EXPECT_EQ(doc.GetTimeStamp(), 100 * i - 300);
+        const unsigned long long begin = i == 1 ? 1200 : 1000ULL * i, end = 1000ULL * i + 500;
+        EXPECT_EQ(Intervals(doc), (IntervalList{{begin, end}}));
+        EXPECT_EQ(TextsIn(doc, {begin, end}), "Doc " + std::to_string(i));
     }
-    parser.Destroy();
-}
-
-// A slow receiver makes a Reset that does not wait for the queue visible.
-TEST(ParserTask, ResetReturnsOnlyAfterQueuedDocumentsAreDelivered)
-{
-    Deliveries delivered;
-    auto cb = [](int id, void* data) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(30));
-        Deliveries::Callback(id, data);
-    };
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, cb, &delivered));
-    for (int i = 1; i <= 3; ++i)
-        parser.AddToParserQueue(MakeRecord(DocAt(i)));
-    LogCapture log;
-    parser.Reset();
-    EXPECT_EQ(delivered.Count(), 3u);
-    EXPECT_TRUE(log.Has("Reset is done"));
     // The reader is touched on the parser thread only, the reset's clean-up included.
     for (const auto& line : log.Lines()) {
         if (line.message == "Function is done") {
@@ -79,42 +69,30 @@ TEST(ParserTask, ResetReturnsOnlyAfterQueuedDocumentsAreDelivered)
 TEST(ParserTask, DestroyFreesQueuedRecordsUnread)
 {
     struct Gate {
-        std::mutex m;
-        std::condition_variable cv;
-        bool entered = false;
-        bool release = false;
+        std::promise<void> entered, release;
+        std::shared_future<void> released = release.get_future().share();
         std::atomic<int> delivered{0};
     } gate;
     auto cb = [](int, void* data) {
         auto* p = static_cast<TTML::ParserCallbackData*>(data);
         auto* g = static_cast<Gate*>(p->pUserData);
         delete p->pSubtitleInfo;
-        g->delivered++;
-        std::unique_lock<std::mutex> lk(g->m);
-        g->entered = true;
-        g->cv.notify_all();
-        g->cv.wait(lk, [g] { return g->release; });
+        if (++g->delivered == 1)
+            g->entered.set_value();
+        g->released.wait();
     };
 
     LogCapture log;
     CParser parser;
     ASSERT_TRUE(parser.Initialize(1, cb, &gate));
     parser.AddToParserQueue(MakeRecord(DocAt(1)));
-    {
-        std::unique_lock<std::mutex> lk(gate.m);
-        gate.cv.wait(lk, [&] { return gate.entered; });
-    }
+    gate.entered.get_future().wait();
     for (int i = 2; i <= 4; ++i)
         parser.AddToParserQueue(MakeRecord(DocAt(i)));
-
     std::thread destroyer([&] { parser.Destroy(); });
     while (!parser.IsTaskIgnored())
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    {
-        std::lock_guard<std::mutex> lk(gate.m);
-        gate.release = true;
-    }
-    gate.cv.notify_all();
+    gate.release.set_value();
     destroyer.join();
 
     EXPECT_EQ(gate.delivered.load(), 1);
@@ -123,24 +101,10 @@ TEST(ParserTask, DestroyFreesQueuedRecordsUnread)
     EXPECT_TRUE(log.Has("Destroy is done"));
 }
 
-TEST(ParserTask, WithoutCallbackTheDocumentIsDropped)
+TEST(ParserTask, LifecycleMisuseAndAMissingCallbackAreRefused)
 {
     LogCapture log;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
-    EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
-    EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
-
-    log.Clear();
-    parser.AddToParserQueue(MakeRecord(MakeDoc()));
-    parser.Reset();
-    EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
-    parser.Destroy();
-}
-
-TEST(ParserTask, LifecycleMisuseIsRefusedWithWarnings)
-{
-    LogCapture log;
+    Deliveries delivered;
     {
         CParser parser;
         EXPECT_TRUE(log.Has("Construction done"));
@@ -148,8 +112,15 @@ TEST(ParserTask, LifecycleMisuseIsRefusedWithWarnings)
         EXPECT_TRUE(log.Has("CParser is already destroyed!!!", DLOG_WARN));
         ASSERT_TRUE(parser.Initialize(1, nullptr, nullptr));
         EXPECT_TRUE(log.Has("Initialize is done"));
+        EXPECT_EQ(parser.ProcessRecord(MakeRecord(MakeDoc())), TTML::ERR_NULL_POINTER);
+        EXPECT_TRUE(log.Has("m_pUserCbFn is null!", DLOG_WARN));
         EXPECT_FALSE(parser.Initialize(1, nullptr, nullptr));
         EXPECT_TRUE(log.Has("CParser is already initialized, returning false.", DLOG_WARN));
+        parser.Destroy();
+        ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+        parser.AddToParserQueue(MakeRecord(MakeDoc()));
+        parser.Reset();
+        EXPECT_EQ(delivered.Count(), 1u);
     }
     EXPECT_TRUE(log.Has("Parser object deleted without calling Destroy! Fix this.", DLOG_WARN));
     EXPECT_TRUE(log.Has("Destroy is done"));
@@ -160,43 +131,13 @@ TEST(ParserTask, LifecycleMisuseIsRefusedWithWarnings)
 TEST(ParserTask, NullRecordIsRefusedAndTheTaskKeepsRunning)
 {
     LogCapture log;
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
-    parser.AddToParserQueue(nullptr);
-    EXPECT_TRUE(log.Has("pSubRawData is NULL", DLOG_WARN));
-    parser.AddToParserQueue(MakeRecord(MakeDoc()));
-    parser.Reset();
-    EXPECT_EQ(delivered.Count(), 1u);
-    EXPECT_EQ(parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
-    parser.Destroy();
-}
-
-TEST(ParserTask, ReinitialisedAfterDestroyParsesAgain)
-{
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
-    parser.Destroy();
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
-    parser.AddToParserQueue(MakeRecord(MakeDoc()));
-    parser.Reset();
-    EXPECT_EQ(delivered.Count(), 1u);
-    parser.Destroy();
-}
-
-TEST(ParserTask, RecordTimingsReachTheDocument)
-{
     SyncParser p;
-    auto* record = MakeRecord(DocAt(1), -1, -250);
-    record->segmentBegin = 1200;
-    record->segmentEnd = 5000;
-    ASSERT_EQ(p.parser.ProcessRecord(record), TTML::ERR_NONE);
-    ASSERT_NE(p.Last(), nullptr);
-    EXPECT_EQ(p.Last()->GetTimeStamp(), -250);
-    // Begins below the segment start are raised to it.
-    ASSERT_EQ(Intervals(*p.Last()).size(), 1u);
-    EXPECT_EQ(Intervals(*p.Last())[0], std::make_pair(1200ULL, 1500ULL));
+    p.parser.AddToParserQueue(nullptr);
+    EXPECT_TRUE(log.Has("pSubRawData is NULL", DLOG_WARN));
+    p.parser.AddToParserQueue(MakeRecord(MakeDoc()));
+    p.parser.Reset();
+    EXPECT_EQ(p.delivered.Count(), 1u);
+    EXPECT_EQ(p.parser.ProcessRecord(nullptr), TTML::ERR_NULL_POINTER);
 }
 
 // The failed-font list lives in the cached profile, so a second document
@@ -226,21 +167,80 @@ TEST(ParserTask, DocumentsOfOneProfileShareTheCachedProfile)
 // Fonts reported from another thread while documents are parsed.
 TEST(ParserTask, FontErrorsMayArriveWhileTheParserWorks)
 {
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+    SyncParser p;
     std::atomic<bool> stop{false};
     std::thread reporter([&] {
         while (!stop)
-            parser.OnErrorDownloadableFonts({"SomeOtherFont"});
+            p.parser.OnErrorDownloadableFonts({"SomeOtherFont"});
     });
     for (int i = 1; i <= 20; ++i)
-        parser.AddToParserQueue(MakeRecord(DocAt(i % 50 + 1)));
-    parser.Reset();
+        p.parser.AddToParserQueue(MakeRecord(DocAt(i)));
+    p.parser.Reset();
     stop = true;
     reporter.join();
-    EXPECT_EQ(delivered.Count(), 20u);
-    parser.Destroy();
+    EXPECT_EQ(p.delivered.Count(), 20u);
+}
+
+// ---- Documents that fail on the way ----------------------------------------
+// Bytes that never become a DOM and a walk that refuses the document never
+// reach the callback, and the reader is ready for the next one. Which
+// documents each profile refuses is the profile tests' business.
+
+TEST(DocumentRefusal, IsDroppedWithItsWarnings)
+{
+    const std::string domFailed = "Unable to create XML DOM!!!";
+    const std::pair<std::string, std::vector<std::string>> inputs[] = {
+        // No region, so the EBU-TT-D walk refuses it.
+        {MakeDoc(DocParts{"", "", "", "", DocParts().body}), {"Error in processing XML DOM. Error code = 5"}},
+        {MakeDoc().substr(0, MakeDoc().size() / 2), {"ReadMemory failed", domFailed}},
+        {"", {"NULL pointer found or invalid data", domFailed}},  // never handed to the reader
+    };
+    for (const auto& in : inputs) {
+        SyncParser p(1);
+        LogCapture log;
+        int resolved = -2;
+        EXPECT_EQ(p.Run(in.first, 2, &resolved), TTML::ERR_INVALID) << log.Dump();
+        EXPECT_EQ(p.delivered.Count(), 0u);
+        for (const auto& line : in.second)
+            EXPECT_TRUE(log.Has(line, DLOG_WARN)) << "missing: " << line << "\n" << log.Dump();
+        // A document that never became a DOM is not resolved at all.
+        EXPECT_EQ(resolved, in.second.back() == domFailed ? -1 : 2);
+        // Whatever happened, the reader is empty again for the next document.
+        EXPECT_EQ(p.Run(MakeDoc(), 2), TTML::ERR_NONE);
+    }
+}
+
+// A document whose text is "Café", in UTF-16 with a byte-order mark.
+TEST(DocumentContent, Utf16TextArrivesAsUtf8)
+{
+    DocParts d;
+    d.body = "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\"><span>Caf\xE9</span></p></div>";
+    std::string xml = MakeDoc(d);
+    xml.replace(xml.find("UTF-8"), 5, "UTF-16");
+    for (bool bigEndian : {false, true}) {
+        std::string utf16 = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        for (char c : xml)  // Latin-1: every byte is its own code point
+            utf16 += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
+        SyncParser p(1);
+        ASSERT_EQ(p.Run(utf16, 2), TTML::ERR_NONE);
+        EXPECT_EQ(TextsIn(*p.Last(), {1000, 2000}), "Caf\xC3\xA9") << "big endian: " << bigEndian;
+    }
+}
+
+// What a refused root costs: none of its parameters reach the document.
+TEST(DocumentContent, FailedRootKeepsNoneOfItsParameters)
+{
+    SyncParser p(1);
+    DocParts d;
+    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"smpte\"";
+    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
+    EXPECT_EQ(p.Last()->GetTimeBase(), "");
+    EXPECT_EQ(p.Last()->GetCellResolution(), "32 15");
+
+    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"media\"";
+    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
+    EXPECT_EQ(p.Last()->GetTimeBase(), "media");
+    EXPECT_EQ(p.Last()->GetCellResolution(), "40 20");
 }
 
 }  // namespace

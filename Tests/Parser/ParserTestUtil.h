@@ -10,11 +10,11 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <list>
 #include <memory>
 #include <mutex>
 #include <set>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -48,12 +48,10 @@ inline std::vector<std::string> SampleFiles(const std::filesystem::path& dir, co
 inline std::string ReadFile(const std::filesystem::path& path)
 {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream ss;
-    ss << in.rdbuf();
-    return ss.str();
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-inline std::string MakeDoc(const DocParts& d)
+inline std::string MakeDoc(const DocParts& d = DocParts())
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
            "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
@@ -61,11 +59,6 @@ inline std::string MakeDoc(const DocParts& d)
            " xmlns:ebuttm=\"urn:ebu:tt:metadata\" " +
            d.rootAttrs + ">\n<head>" + d.head + "<styling>" + d.styling + "</styling><layout>" + d.layout +
            "</layout></head>\n<body>" + d.body + "</body>\n</tt>\n";
-}
-
-inline std::string MakeDoc()
-{
-    return MakeDoc(DocParts());
 }
 
 // conformsToStandard declarations in document metadata, in order.
@@ -90,14 +83,7 @@ inline TTML::SubRawData* MakeRecord(const std::string& xml, int profile = -1, lo
     return r;
 }
 
-inline std::string ThreadName()
-{
-    char name[32] = {0};
-    pthread_getname_np(pthread_self(), name, sizeof(name));
-    return name;
-}
-
-// Takes every delivered document, with the thread it arrived on.
+// Takes every delivered document, with the name of the thread it arrived on.
 struct Deliveries {
     std::mutex lock;
     std::vector<std::unique_ptr<TTML::CSubtitleInfo>> docs;
@@ -115,14 +101,18 @@ struct Deliveries {
         auto* self = static_cast<Deliveries*>(d->pUserData);
         if (msgId != 0)
             return;
+        char name[32] = {0};
+        pthread_getname_np(pthread_self(), name, sizeof(name));
         std::lock_guard<std::mutex> g(self->lock);
         self->docs.emplace_back(d->pSubtitleInfo);
-        self->threads.push_back(ThreadName());
+        self->threads.push_back(name);
     }
 };
 
+using IntervalList = std::vector<std::pair<unsigned long long, unsigned long long>>;
+
 // Split intervals of a document, in map order.
-inline std::vector<std::pair<unsigned long long, unsigned long long>> Intervals(const TTML::CSubtitleInfo& info)
+inline IntervalList Intervals(const TTML::CSubtitleInfo& info)
 {
     std::set<TTML::CSubtitleInfo::TimeInterval> keys;
     info.GetUniqueKeys(keys);
@@ -135,17 +125,16 @@ inline std::string TextsIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo:
     std::list<TTML::CElementSPTR> elements;
     info.GetElementListForInterval(interval, elements);
     std::string out;
-    bool first = true;
     for (const auto& e : elements) {
         std::string t;
         e->GetAttrValue(TTML::ATTR_TEXT, t);
-        out += (first ? "" : "|") + t;
-        first = false;
+        out += (&e == &elements.front() ? "" : "|") + t;
     }
     return out;
 }
 
-// A parser whose documents run on the test's thread (nothing is queued).
+// An initialised parser whose documents go to `delivered`; Run parses on the
+// test's thread, queued records on the parser's.
 struct SyncParser {
     Deliveries delivered;
     TTML::CParser parser;
