@@ -1,7 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <condition_variable>
+#include <functional>
 #include <limits>
-#include <memory>
+#include <list>
+#include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -10,13 +15,125 @@
 #include "CSubSampleImageUtil.h"
 #include "CTTMLSource.h"
 #include "LogCapture.h"
-#include "Recorder.h"
+#include "SeekNotifyData.h"
+#include "StartNotifyData.h"
+#include "SubRawData.h"
 
 using namespace TTML;
 
 namespace {
 
 const std::string kData = INTERTITLE_SOURCE_DIR "/Tests/Source/data";
+
+// Registered as a source's callback with itself as user data; copies what
+// each message carries, and what the source reports, at delivery time.
+class Recorder {
+public:
+    struct Message {
+        int msgId = -1;
+        std::thread::id thread;
+        bool hasTime = false;
+        long long mediaTime = 0;
+        std::list<std::string> fonts;
+        bool bandMode = false;
+        long long position = 0;
+        SubRawData raw;
+    };
+    using OnMessage = std::function<void(Recorder&)>;
+
+    // `onMessage` runs inside the callback after the message is recorded.
+    explicit Recorder(ITTMLSource* source, OnMessage onMessage = nullptr)
+        : m_source(source), m_onMessage(std::move(onMessage))
+    {
+        {
+            std::lock_guard<std::mutex> lock(s_liveLock);
+            s_live.insert(this);
+        }
+        source->RegisterCallback(&Recorder::OnMessage_Cb, this);
+    }
+    ~Recorder()
+    {
+        std::lock_guard<std::mutex> lock(s_liveLock);
+        s_live.erase(this);
+    }
+
+    static void OnMessage_Cb(int msgId, void* data)
+    {
+        Message m;
+        m.msgId = msgId;
+        void* core = data;
+        if (msgId == TTML_SOURCE_MSG_XML_DATA) {
+            auto* raw = static_cast<SubRawData*>(data);
+            m.raw = *raw;
+            core = raw->pCore;
+            delete raw;  // the receiver owns it
+        } else if (msgId == TTML_SOURCE_MSG_START) {
+            m.bandMode = static_cast<StartNotifyData*>(data)->bandMode;
+            core = static_cast<StartNotifyData*>(data)->pCore;
+        } else if (msgId == TTML_SOURCE_MSG_SEEK_START) {
+            m.position = static_cast<SeekNotifyData*>(data)->position;
+            core = static_cast<SeekNotifyData*>(data)->pCore;
+        }
+        // The payload's core must be a recorder still alive; anything else
+        // is counted, never dereferenced. The lock keeps it alive while recording.
+        std::lock_guard<std::mutex> lock(s_liveLock);
+        auto* self = static_cast<Recorder*>(core);
+        if (!s_live.count(self)) {
+            ++s_strays;
+            return;
+        }
+        self->m_Record(m);
+    }
+
+    // Waits (bounded, so a fault fails instead of hanging) until `count` messages arrived.
+    bool WaitFor(size_t count)
+    {
+        std::unique_lock<std::mutex> lock(m_lock);
+        return m_arrived.wait_for(lock, std::chrono::seconds(20), [&] { return m_messages.size() >= count; });
+    }
+    std::vector<Message> Messages()
+    {
+        std::lock_guard<std::mutex> lock(m_lock);
+        return m_messages;
+    }
+    std::vector<int> Ids()
+    {
+        std::vector<int> ids;
+        for (const auto& m : Messages())
+            ids.push_back(m.msgId);
+        return ids;
+    }
+    size_t Count() { return Messages().size(); }
+
+    static inline std::atomic<int> s_strays{0};  // messages whose core was not a live recorder
+    std::atomic<bool> closed{false};             // a message arriving while set is late
+    std::atomic<int> late{0};
+
+private:
+    void m_Record(Message& m)
+    {
+        late += closed.load();
+        m.thread = std::this_thread::get_id();
+        m.hasTime = m_source->GetMediaTime(&m.mediaTime) == 0;
+        if (m.msgId == TTML_SOURCE_MSG_FONT_ERROR)
+            m.fonts = m_source->GetFontErrorList();
+        {
+            std::lock_guard<std::mutex> lock(m_lock);
+            m_messages.push_back(m);
+        }
+        if (m_onMessage)
+            m_onMessage(*this);
+        m_arrived.notify_all();
+    }
+
+    static inline std::mutex s_liveLock;
+    static inline std::set<Recorder*> s_live;
+    ITTMLSource* m_source;
+    OnMessage m_onMessage;
+    std::mutex m_lock;
+    std::condition_variable m_arrived;
+    std::vector<Message> m_messages;
+};
 
 std::string Read(const std::string& path)
 {
@@ -38,9 +155,9 @@ CSourceFeed FastFeed(int count)
 {
     CSourceFeed feed;
     feed.Add(Item(0, TTML_SOURCE_MSG_START));
+    const int kinds[] = {TTML_SOURCE_MSG_XML_DATA, TTML_SOURCE_MSG_SEEK_START, TTML_SOURCE_MSG_SHOW};
     for (int i = 0; i < count; ++i) {
-        SourceFeedItem item = Item(0, i % 3 == 0 ? TTML_SOURCE_MSG_XML_DATA : (i % 3 == 1 ? TTML_SOURCE_MSG_SEEK_START
-                                                                                       : TTML_SOURCE_MSG_SHOW));
+        SourceFeedItem item = Item(0, kinds[i % 3]);
         item.xmlData = "<tt/>";
         item.position = i;
         feed.Add(item);
@@ -57,18 +174,15 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
     EXPECT_NE(0, source.GetMediaTime(&t)) << "no media time before Start";
 
     Recorder rec(&source);
-    rec.Register();
     ASSERT_TRUE(source.Start());
     ASSERT_TRUE(rec.WaitFor(15));
     source.Stop();
 
     std::vector<Recorder::Message> got = rec.Messages();
     ASSERT_EQ((std::vector<int>{1, 0, 3, 6, 7, 4, 13, 8, 9, 10, 11, 12, 0, 5, 2}), rec.Ids());
-
     for (const auto& m : got)
         EXPECT_EQ(got[0].thread, m.thread) << "message " << m.msgId;
     EXPECT_NE(std::this_thread::get_id(), got[0].thread);
-
     EXPECT_TRUE(got[0].bandMode);
     EXPECT_TRUE(got[0].hasTime) << "the clock runs from Start";
 
@@ -79,20 +193,13 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
     EXPECT_EQ(-500, doc.timeStamp);
     EXPECT_EQ(1000u, doc.segmentBegin);
     EXPECT_EQ(2000u, doc.segmentEnd);
-    {
-        // The images= files arrive packed, image 1 first, and read back.
-        std::string subSamples = doc.subSampleData;
-        CSubSampleImageUtil images(subSamples);
-        ASSERT_EQ(2u, images.GetCount());
-        EXPECT_EQ("img1.png", images.GetName(1));
-        auto second = images.GetImage("2");
-        ASSERT_TRUE(second);
-        unsigned int size = 0;
-        const unsigned char* buffer = second->GetBuffer(&size);
-        EXPECT_EQ(Read(kData + "/img2.png"), std::string(reinterpret_cast<const char*>(buffer), size));
-        EXPECT_TRUE(images.GetImage("img1.png"));
-    }
     EXPECT_EQ(&rec, doc.pCore);
+    // The images= files arrive packed, image 1 first.
+    std::string subSamples = doc.subSampleData;
+    CSubSampleImageUtil images(subSamples);
+    ASSERT_EQ(2u, images.GetCount());
+    EXPECT_EQ("img1.png", images.GetName(1));
+    EXPECT_EQ("img2.png", images.GetName(2));
 
     // Seek while paused: the clock is exactly at the position when the
     // seek start arrives, and stays there until the resume.
@@ -101,12 +208,14 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
     EXPECT_EQ(5000, got[3].mediaTime);
     EXPECT_EQ(5000, got[4].mediaTime);
     EXPECT_GE(got[5].mediaTime, 5000);
-
     EXPECT_EQ((std::list<std::string>{"a.ttf", "b.ttf"}), got[6].fonts);
 
+    // Where the script says nothing, the defaults.
     EXPECT_EQ(Read(kData + "/doc2.ttml"), got[12].raw.xmlData);
-    EXPECT_TRUE(got[12].raw.subSampleData.empty()) << "no images=, no sub-samples";
+    EXPECT_TRUE(got[12].raw.subSampleData.empty());
     EXPECT_EQ(-1, got[12].raw.profile);
+    EXPECT_EQ(0, got[12].raw.timeStamp);
+    EXPECT_EQ(0u, got[12].raw.segmentEnd);
     EXPECT_FALSE(got[14].hasTime) << "stop stops the media clock";
     EXPECT_NE(0, source.GetMediaTime(&t));
 }
@@ -116,7 +225,6 @@ TEST(TTMLSourceTest, PlainDocumentIsStartedAndDelivered)
     CTTMLSource source;
     ASSERT_TRUE(source.LoadFeed(kData + "/doc2.ttml"));
     Recorder rec(&source);
-    rec.Register();
     ASSERT_TRUE(source.Start());
     ASSERT_TRUE(rec.WaitFor(2));
     long long t = -1;
@@ -142,11 +250,9 @@ TEST(TTMLSourceTest, ShowAndHideComeFromTheSourceThreadOnlyWhilePlaying)
     EXPECT_EQ(64, source.GetSubtitleMode());
 
     Recorder rec(&source);
-    rec.Register();
     LogCapture log;
     EXPECT_FALSE(source.ShowCaption());
     EXPECT_TRUE(log.Has("Source not started; show dropped")) << log.Dump();
-
     ASSERT_TRUE(source.Start());
     ASSERT_TRUE(rec.WaitFor(1));
     EXPECT_TRUE(source.ShowCaption());
@@ -156,12 +262,12 @@ TEST(TTMLSourceTest, ShowAndHideComeFromTheSourceThreadOnlyWhilePlaying)
     EXPECT_FALSE(source.HideCaption());
 
     EXPECT_EQ((std::vector<int>{TTML_SOURCE_MSG_START, TTML_SOURCE_MSG_SHOW, TTML_SOURCE_MSG_HIDE}), rec.Ids());
-    auto got = rec.Messages();
-    EXPECT_NE(std::this_thread::get_id(), got[1].thread);
-    EXPECT_EQ(0, Recorder::Strays().load());
+    EXPECT_NE(std::this_thread::get_id(), rec.Messages()[1].thread);
 }
 
-TEST(TTMLSourceTest, StopWakesASleepingSourceAndEndsPlayback)
+// The thread sleeps until an item due at the end of time: a second Start
+// plays the feed again from its beginning, and Stop ends the playback.
+TEST(TTMLSourceTest, StartAgainAndStopWakeASleepingSource)
 {
     CTTMLSource source;
     CSourceFeed feed;
@@ -169,43 +275,35 @@ TEST(TTMLSourceTest, StopWakesASleepingSourceAndEndsPlayback)
     feed.Add(Item(std::numeric_limits<long long>::max(), TTML_SOURCE_MSG_PAUSE));
     ASSERT_TRUE(source.SetFeed(feed));
     Recorder rec(&source);
-    rec.Register();
     ASSERT_TRUE(source.Start());
     ASSERT_TRUE(rec.WaitFor(1));
+    ASSERT_TRUE(source.Start());
+    ASSERT_TRUE(rec.WaitFor(2));
     EXPECT_TRUE(source.IsPlaying());
     EXPECT_FALSE(source.SetFeed(feed)) << "the feed cannot change while playing";
 
-    source.Stop();  // would hang if the sleeping thread were not woken
+    source.Stop();
     EXPECT_FALSE(source.IsPlaying());
     long long t = 0;
     EXPECT_NE(0, source.GetMediaTime(&t));
-    EXPECT_EQ(1u, rec.Count());
+    EXPECT_EQ((std::vector<int>{TTML_SOURCE_MSG_START, TTML_SOURCE_MSG_START}), rec.Ids());
     EXPECT_TRUE(source.SetFeed(feed));
 }
 
-TEST(TTMLSourceTest, StartAgainPlaysTheFeedFromItsBeginning)
-{
-    CTTMLSource source;
-    ASSERT_TRUE(source.LoadFeed(kData + "/doc1.ttml"));
-    Recorder rec(&source);
-    rec.Register();
-    ASSERT_TRUE(source.Start());
-    ASSERT_TRUE(rec.WaitFor(2));
-    ASSERT_TRUE(source.Start());
-    ASSERT_TRUE(rec.WaitFor(4));
-    source.Stop();
-    EXPECT_EQ((std::vector<int>{1, 0, 1, 0}), rec.Ids());
-}
-
-TEST(TTMLSourceTest, RefusedFeedLeavesNothingToStart)
+TEST(TTMLSourceTest, WithoutAFeedNothingStarts)
 {
     LogCapture log;
     CTTMLSource source;
+    ASSERT_TRUE(source.LoadFeed(kData + "/all.feed"));
+    ASSERT_TRUE(source.Start());
+    source.Deinitialize();  // forgets the feed, not the mode
+    EXPECT_FALSE(source.IsPlaying());
+    EXPECT_FALSE(source.HasFeed());
+    EXPECT_EQ(9, source.GetSubtitleMode());
+
     EXPECT_FALSE(source.LoadFeed(kData + "/broken.feed"));
     EXPECT_FALSE(source.HasFeed());
-    EXPECT_EQ(0, source.GetSubtitleMode());
     Recorder rec(&source);
-    rec.Register();
     EXPECT_FALSE(source.Start());
     EXPECT_TRUE(log.Has("No feed to play", DLOG_WARN)) << log.Dump();
     EXPECT_FALSE(source.IsPlaying());
@@ -216,91 +314,67 @@ TEST(TTMLSourceTest, RefusedFeedLeavesNothingToStart)
     EXPECT_EQ(0u, rec.Count());
 }
 
-TEST(TTMLSourceTest, DeinitializeForgetsTheFeedButNotTheMode)
-{
-    CTTMLSource source;
-    ASSERT_TRUE(source.LoadFeed(kData + "/all.feed"));
-    ASSERT_TRUE(source.Start());
-    source.Deinitialize();
-    EXPECT_FALSE(source.IsPlaying());
-    EXPECT_FALSE(source.HasFeed());
-    EXPECT_FALSE(source.Start());
-    EXPECT_EQ(9, source.GetSubtitleMode());
-}
-
 TEST(TTMLSourceTest, UnregisterInsideACallbackMakesThatDeliveryTheLast)
 {
     CTTMLSource source;
     ASSERT_TRUE(source.SetFeed(FastFeed(200)));
-    Recorder first(&source);
     // As the core does on invalidate: unregister from inside the callback.
-    first.onMessage = [](Recorder& r, const Recorder::Message&) {
+    Recorder first(&source, [&source](Recorder& r) {
         if (r.Count() == 5)
-            r.source()->UnregisterCallback();
-    };
-    first.Register();
+            source.UnregisterCallback();
+    });
     ASSERT_TRUE(source.Start());
     ASSERT_TRUE(first.WaitFor(5));
 
     // A second receiver proves the thread went on delivering.
     Recorder second(&source);
-    second.Register();
     ASSERT_TRUE(source.ShowCaption());
     ASSERT_TRUE(second.WaitFor(1));
     source.Stop();
     EXPECT_EQ(5u, first.Count());
-    EXPECT_EQ(0, Recorder::Strays().load());
+    EXPECT_EQ(0, Recorder::s_strays.load());
 }
 
 TEST(TTMLSourceTest, NoMessageAfterUnregisterReturnsWhileAFastFeedPlays)
 {
-    const int kRounds = 30;
     const int kItems = 300;
     CTTMLSource source;
     ASSERT_TRUE(source.SetFeed(FastFeed(kItems)));
-    for (int round = 0; round < kRounds; ++round) {
+    for (int round = 0; round < 30; ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
-        auto* first = new Recorder(&source);
-        // Widen the window in which UnregisterCallback meets a delivery.
-        first->onMessage = [](Recorder&, const Recorder::Message&) { std::this_thread::yield(); };
-        first->Register();
+        // Yielding widens the window in which UnregisterCallback meets a delivery.
+        auto* first = new Recorder(&source, [](Recorder&) { std::this_thread::yield(); });
         ASSERT_TRUE(source.Start());
         ASSERT_TRUE(first->WaitFor(static_cast<size_t>((round * 37) % kItems)));
-
         source.UnregisterCallback();
         first->closed = true;
-        int late = first->late.load();
+        EXPECT_EQ(0, first->late.load());
         delete first;  // a delivery to it from now on would be a stray
-        EXPECT_EQ(0, late);
 
         Recorder second(&source);
-        second.Register();
         ASSERT_TRUE(source.ShowCaption());
         ASSERT_TRUE(second.WaitFor(1));
         source.UnregisterCallback();
     }
     source.Stop();
-    EXPECT_EQ(0, Recorder::Strays().load());
+    EXPECT_EQ(0, Recorder::s_strays.load());
 }
 
 TEST(TTMLSourceTest, DestroyWhilePlayingEndsDeliveryAndFreesTheSource)
 {
-    Recorder* rec = nullptr;
     for (int round = 0; round < 10; ++round) {
         auto* source = new CTTMLSource;
         ASSERT_TRUE(source->SetFeed(FastFeed(300)));
-        rec = new Recorder(source);
-        rec->Register();
+        Recorder rec(source);
         ASSERT_TRUE(source->Start());
-        ASSERT_TRUE(rec->WaitFor(static_cast<size_t>(round * 20)));
+        ASSERT_TRUE(rec.WaitFor(static_cast<size_t>(round * 20)));
         source->Destroy();
-        size_t seen = rec->Count();
-        rec->closed = true;
-        EXPECT_EQ(0, rec->late.load());
-        EXPECT_EQ(seen, rec->Count());
-        delete rec;
+        const size_t seen = rec.Count();
+        rec.closed = true;
+        EXPECT_EQ(0, rec.late.load());
+        EXPECT_EQ(seen, rec.Count());
     }
-    EXPECT_EQ(0, Recorder::Strays().load());
+    EXPECT_EQ(0, Recorder::s_strays.load());
 }
 
 }  // namespace
