@@ -47,10 +47,7 @@ TEST(LogFilter, LinesBelowFilterAreNotFormattedWithoutHook)
     EXPECT_FALSE(dlog_is_loggable(DLOG_WARN));
     EXPECT_TRUE(dlog_is_loggable(DLOG_ERROR));
     int calls = 0;
-    auto count = [&calls]() {
-        ++calls;
-        return 1;
-    };
+    auto count = [&calls] { return ++calls; };
     TTML_INFO("%d", count());
     EXPECT_EQ(0, calls);
     {

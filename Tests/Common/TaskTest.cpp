@@ -118,12 +118,15 @@ protected:
     CTask task;  // last, so that it stops its worker while the rest still lives
 };
 
-TEST_F(TaskTest, EventsOfEveryProducerRunInPostingOrderOnOneWorkerAndStopRunsThemFirst)
+// The worker's name is cut to the 15 characters a thread name holds, with a
+// warning; the worker's own lines carry it, the caller keeps its own.
+TEST_F(TaskTest, EventsOfEveryProducerRunInPostingOrderOnOneNamedWorkerAndStopRunsThemFirst)
 {
     const int kProducers = 4, kPerProducer = 500;
     Connect(false);
+    const std::string callerName = ThreadName();
     LogCapture log;
-    ASSERT_TRUE(task.Start("FifoTask"));
+    ASSERT_TRUE(task.Start("SixteenCharNames"));
     std::vector<std::thread> producers;
     for (int p = 0; p < kProducers; ++p)
         producers.emplace_back([this, p] { Post(p * kPerProducer, (p + 1) * kPerProducer); });
@@ -137,9 +140,15 @@ TEST_F(TaskTest, EventsOfEveryProducerRunInPostingOrderOnOneWorkerAndStopRunsThe
     for (int v : events)
         EXPECT_EQ(v / kPerProducer * kPerProducer + next[v / kPerProducer]++, v) << "out of order";
     EXPECT_EQ(1u, Threads().size());
-    EXPECT_EQ("FifoTask", LastName()) << "the worker, not the caller";
+    EXPECT_EQ("SixteenCharName", LastName());
+    EXPECT_EQ(callerName, ThreadName());
+    EXPECT_EQ(1, log.Count("Name [SixteenCharNames] is too long", DLOG_WARN));
     for (const char* line : {kStopLine, "After pthread_join", "Enter", "Exit"})
         EXPECT_EQ(1, log.Count(line, DLOG_INFO)) << line;
+    bool named = false;
+    for (const auto& line : log.Lines())
+        named |= line.message == kStopLine && line.text.find("Thread:[SixteenCharName ") != std::string::npos;
+    EXPECT_TRUE(named) << log.Dump();
 
     // Stopped: a second Stop has nothing to join and nothing to clean.
     log.Clear();
@@ -152,13 +161,17 @@ TEST_F(TaskTest, ResetReturnsOnlyAfterEveryEarlierEventRanAndKeepsTheWorker)
 {
     Connect(false);
     holdAt = 99;
-    ASSERT_TRUE(task.Start("ResetTask"));
+    LogCapture log;
+    ASSERT_TRUE(task.Start("FifteenCharName"));
     Post(0, 100);
-    // Event 99 is held until the main thread is on its way into Reset.
+    // Event 99 is held until the main thread is on its way into Reset. The
+    // callback runs without the queue mutex, so others can take it meanwhile.
     std::promise<void> resetting;
     std::thread opener([&] {
         WaitHeld();
         resetting.get_future().wait();
+        task.Lock();
+        task.Unlock();
         Release();
     });
     resetting.set_value();
@@ -169,6 +182,8 @@ TEST_F(TaskTest, ResetReturnsOnlyAfterEveryEarlierEventRanAndKeepsTheWorker)
     Post(100, 150);
     task.Reset();
     EXPECT_EQ(Range(0, 150), Events());
+    EXPECT_EQ("FifteenCharName", LastName());
+    EXPECT_FALSE(log.HasContaining("is too long"));
 }
 
 // Hands every line's message to `seen` on the logging thread. Replaces any
@@ -301,62 +316,10 @@ INSTANTIATE_TEST_SUITE_P(
                       CleanupCase{"no_cleanup_cb_warns_and_keeps_all", false, 25, 0}),
     TTMLTest::RowName());
 
-struct NameCase {
-    const char* name;
-    const char* given;
-    const char* used;
-    bool warned;
-};
-
-class TaskName : public TaskTest, public ::testing::WithParamInterface<NameCase> {};
-
-TEST_P(TaskName, WorkerIsNamedWithAtMostFifteenCharacters)
-{
-    const NameCase& c = GetParam();
-    Connect(false);
-    const std::string callerName = ThreadName();
-    LogCapture log;
-    ASSERT_TRUE(task.Start(c.given));
-    Post(0, 1);
-    task.Stop();
-
-    EXPECT_EQ(c.used, LastName());
-    EXPECT_EQ(callerName, ThreadName()) << "the caller must keep its name";
-    EXPECT_EQ(c.warned ? 1 : 0, log.Count(std::string("Name [") + c.given + "] is too long", DLOG_WARN));
-    // The worker's own log lines carry the name too.
-    bool found = false;
-    for (const auto& line : log.Lines())
-        if (line.message == kStopLine)
-            found = line.text.find(std::string("Thread:[") + c.used + " ") != std::string::npos;
-    EXPECT_TRUE(found) << log.Dump();
-}
-
-INSTANTIATE_TEST_SUITE_P(Length, TaskName,
-                         ::testing::Values(NameCase{"short", "Parser", "Parser", false},
-                                           NameCase{"fifteen", "FifteenCharName", "FifteenCharName", false},
-                                           NameCase{"sixteen", "SixteenCharNames", "SixteenCharName", true}),
-                         TTMLTest::RowName());
-
-TEST_F(TaskTest, SecondStartIsRefusedAndTheFirstWorkerKeepsRunning)
-{
-    Connect(false);
-    LogCapture log;
-    ASSERT_TRUE(task.Start("Once"));
-    Post(0, 1);
-    EXPECT_FALSE(task.Start("Twice"));
-    Post(1, 2);
-    task.Reset();
-    EXPECT_EQ(1, log.Count("Thread is already created. New request for creation should not be made!", DLOG_ERROR));
-    EXPECT_EQ(Range(0, 2), Events());
-    EXPECT_EQ(1u, Threads().size());
-    EXPECT_EQ("Once", LastName());
-    task.Stop();
-    EXPECT_TRUE(task.Start("Again")) << "a stopped task may be started again";
-}
-
-TEST_F(TaskTest, OnlyOneOfManyConcurrentStartsWins)
+TEST_F(TaskTest, OnlyOneOfManyConcurrentStartsWinsAndItsWorkerKeepsRunning)
 {
     const int kCallers = 4;
+    Connect(false);
     LogCapture log;
     std::promise<void> go;
     std::shared_future<void> goSignal = go.get_future().share();
@@ -371,25 +334,16 @@ TEST_F(TaskTest, OnlyOneOfManyConcurrentStartsWins)
     for (auto& t : callers)
         t.join();
     EXPECT_EQ(1, started.load());
-    EXPECT_EQ(kCallers - 1, log.Count("Thread is already created. New request for creation should not be made!"));
-    task.Stop();
-    EXPECT_EQ(1, log.Count("After pthread_join"));
-}
-
-TEST_F(TaskTest, CallbacksRunWithoutTheQueueLockSoOthersCanPostMeanwhile)
-{
-    Connect(false);
-    holdAt = 0;
-    ASSERT_TRUE(task.Start("Unlocked"));
-    Post(0, 1);
-    WaitHeld();
-    // Would block forever if the worker held the queue mutex here.
-    Post(1, 2);
-    task.Lock();
-    task.Unlock();
-    Release();
+    EXPECT_EQ(kCallers - 1,
+              log.Count("Thread is already created. New request for creation should not be made!", DLOG_ERROR));
+    Post(0, 2);
     task.Reset();
     EXPECT_EQ(Range(0, 2), Events());
+    EXPECT_EQ(1u, Threads().size());
+    EXPECT_EQ("Racer", LastName());
+    task.Stop();
+    EXPECT_EQ(1, log.Count("After pthread_join"));
+    EXPECT_TRUE(task.Start("Again")) << "a stopped task may be started again";
 }
 
 TEST_F(TaskTest, DestructorStopsALiveWorkerAfterSettingTheIgnoreFlag)

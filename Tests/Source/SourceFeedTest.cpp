@@ -15,14 +15,23 @@ namespace {
 
 const std::string kData = INTERTITLE_SOURCE_DIR "/Tests/Source/data";
 
-TEST(SourceFeedTest, FolderPlaysItsDocumentsInNameOrder)
+// A document plays as a start then the document; a folder as a start then
+// its documents in name order. Both without band mode, profile or mode.
+TEST(SourceFeedTest, DocumentAndFolderPlayAsAStartThenTheDocuments)
 {
     CSourceFeed feed;
+    auto played = [&feed] {
+        std::string out;
+        for (const auto& item : feed.Items())
+            out += std::to_string(item.msgId) + (item.bandMode ? " band" : "") + " " +
+                   std::to_string(item.profile) + " " + item.url + ";";
+        return out;
+    };
+    ASSERT_TRUE(feed.Load(kData + "/doc2.ttml"));
+    EXPECT_EQ("1 -1 ;0 -1 " + kData + "/doc2.ttml;", played());
+    EXPECT_EQ(0, feed.GetMode());
     ASSERT_TRUE(feed.Load(kData + "/docs"));
-    ASSERT_EQ(3u, feed.Items().size());
-    EXPECT_EQ(TTML_SOURCE_MSG_START, feed.Items()[0].msgId);
-    EXPECT_EQ(kData + "/docs/a.ttml", feed.Items()[1].url);
-    EXPECT_EQ(kData + "/docs/b.xml", feed.Items()[2].url);
+    EXPECT_EQ("1 -1 ;0 -1 " + kData + "/docs/a.ttml;0 -1 " + kData + "/docs/b.xml;", played());
     // a.ttml starts with a byte-order mark and blank lines; it is still a document.
     std::string text;
     ASSERT_TRUE(CSourceFeed::ReadFile(kData + "/docs/a.ttml", text));
