@@ -57,13 +57,6 @@ std::string Trim(const std::string& in, const std::string&)
     return Pieces({left, right});
 }
 
-std::string Lower(const std::string& in, const std::string&)
-{
-    std::string text = in;
-    TTML::StrToLower(text);
-    return text;
-}
-
 std::string Classes(const std::string& in, const std::string&)
 {
     return std::string(TTML::IsDigits(in) ? "digits" : "-") + " " + (TTML::IsRealNumber(in) ? "real" : "-");
@@ -152,12 +145,7 @@ std::string Padding(const std::string& in, const std::string&)
 // Cell height 30, font size 40. Printed colour, thickness, blur.
 std::string Outline(const std::string& in, const std::string&)
 {
-    TTML::TextOutline out;
-    out.type = 3;
-    out.offsetX = 7;
-    out.thickness = -1;
-    out.blur = -1;
-    out.color = kSentinel;
+    TTML::TextOutline out{3, 7, 0, -1, -1, kSentinel};
     const bool ok = TTML::ConvertOutlineAtrributes(in, TTML::Size(20, 30), 40, out);
     return (ok ? "" : "refused ") + Channels(out.color) + " " + Num(out.thickness) + " " + Num(out.blur) +
            (out.type != 3 || out.offsetX != 7 ? " touched" : "");
@@ -194,7 +182,6 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"TrimBothEnds", Trim, " \t a b \r\n", "", "[a b \r\n][ \t a b]"},
         Row{"TrimFormFeedVerticalTabKept", Trim, "\f x \v", "", "[\f x \v][\f x \v]"},
         Row{"TrimStopsAtFormFeed", Trim, " \f ", "", "[\f ][ \f]"},
-        Row{"LowerAsciiOnly", Lower, "AbC-Z_09 xY\xC4", "", "abc-z_09 xy\xC4"},
         Row{"ClassEmpty", Classes, "", "", "digits real"}, Row{"ClassDigits", Classes, "0123456789", "", "digits real"},
         Row{"ClassDecimal", Classes, "12.5", "", "- real"}, Row{"ClassTwoFullStops", Classes, "1.2.3", "", "- real"},
         Row{"ClassLoneFullStop", Classes, ".", "", "- -"}, Row{"ClassLeadingFullStop", Classes, ".5", "", "- -"},
@@ -221,10 +208,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"HoursMinutesSeconds", Time, "01:02:03", "0 0", "3723000"},
         Row{"Fraction", Time, "00:00:01.5", "0 0", "1500"},
         Row{"FractionTruncated", Time, "00:00:00.0129", "0 0", "12"},
-        Row{"Milliseconds", Time, "00:00:05.402", "25 0", "5402"},
         Row{"LongFraction", Time, "00:00:01.50000000000000001", "25 0", "1500"},
         Row{"FractionInexactInBinary", Time, "00:00:32.620", "0 0", "32620"},
-        Row{"LastMillisecond", Time, "10:59:59.999", "25 0", "39599999"},
         Row{"OneDigitHours", Time, "7:00:00", "25 0", "25200000"},
         Row{"FieldsAboveSixty", Time, "00:99:99", "25 0", "6039000"},
         Row{"BeyondThirtyTwoBits", Time, "1000000:00:00", "0 0", "3600000000000"},
@@ -243,14 +228,11 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"OffsetMillisecondsTruncated", Time, "12.9ms", "0 0", "12"},
         Row{"OffsetInexactInBinary", Time, "32.62s", "0 0", "32620"}, Row{"OffsetMinutes", Time, "2m", "0 0", "120000"},
         Row{"OffsetHours", Time, "1h", "0 0", "3600000"}, Row{"OffsetFrames", Time, "12f", "24 0", "500"},
-        Row{"OffsetFramesInexact", Time, "3f", "30 0", "100"},
         Row{"OffsetTicks", Time, "10000000t", "0 10000000", "1000"},
-        Row{"OffsetTicksTruncated", Time, "2t", "0 3", "666"}, Row{"OffsetFramesAtZeroRate", Time, "12f", "0 0", "0"},
-        Row{"OffsetTicksAtZeroRate", Time, "12t", "0 0", "0"}, Row{"OffsetLeadingBlanks", Time, "  2s", "0 0", "2000"},
+        Row{"OffsetFramesAtZeroRate", Time, "12f", "0 0", "0"}, Row{"OffsetTicksAtZeroRate", Time, "12t", "0 0", "0"},
         Row{"NoMetric", Time, "5", "0 0", "0"}, Row{"NoMetricCharacter", Time, "5x", "0 0", "0"},
         Row{"NegativeGivesZero", Time, "-5s", "0 0", "0"},
         Row{"UnknownMetric", Time, "5sec", "0 0", "0", "Invalid time matric=sec"},
-        Row{"HourFollowedByLetter", Time, "5hx", "0 0", "0", "Invalid time matric=hx"},
         Row{"TrailingBlankSpoilsMetric", Time, "2s ", "0 0", "0", "Invalid time matric=s "}),
     TTMLTest::RowName());
 
@@ -266,7 +248,6 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"HexWithAlpha", Color, "#ff000080", "", "32896,65535,0,0"},
         Row{"HexOpaqueByDefault", Color, "#ff0000", "", "65535,65535,0,0"},
         Row{"HexUpperCase", Color, "#FF8001", "", "65535,65535,32896,257"},
-        Row{"HexSevenDigitsNoAlpha", Color, "#ff00008", "", "65535,65535,0,0"},
         Row{"HexNonHexPieceReadsZero", Color, "#zz1000", "", "65535,0,4112,0"},
         Row{"HexTooShort", Color, "#ff", "", "65535,65535,0,0"},
         Row{"Rgba", Color, "rgba(0,0,255,128)", "", "32896,0,0,65535"},
@@ -277,7 +258,6 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"FivePiecesNoAlpha", Color, "rgba(1,2,3,4,5)", "", "65535,257,514,771"},
         Row{"WordNotExamined", Color, "foo(10,20,30)", "", "65535,2570,5140,7710"},
         Row{"LastCharacterAlwaysDropped", Color, "rgb(10,20,30", "", "65535,2570,5140,771"},
-        Row{"NonNumericPieceRefused", Color, "rgb(1,2,x)", "", "1,2,3,4"},
         Row{"NumberWithSuffixRefused", Color, "rgb(1,2,3px)", "", "1,2,3,4"},
         Row{"NonNumericAlphaRefused", Color, "rgba(1,2,3,zz)", "", "1,2,3,4"},
         Row{"TooFewPiecesRefused", Color, "rgb(1,2)", "", "1,2,3,4"},
@@ -328,6 +308,13 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"OutlineThreePieces", Outline, "#00ff00 10% 1c", "", "65535,0,65535,0 4 30"},
         Row{"OutlineFourPiecesRefused", Outline, "#00ff00 1px 2px 3px", "", "refused 1,2,3,4 -1 -1"}),
     TTMLTest::RowName());
+
+TEST(StrToLower, ChangesOnlyAsciiCapitals)
+{
+    std::string text = "AbC-Z_09 xY\xC4";
+    TTML::StrToLower(text);
+    EXPECT_EQ("abc-z_09 xy\xC4", text);
+}
 
 TEST(Contrast, FirstVisibleBackgroundDecidesAndTextIsOpaque)
 {

@@ -1,19 +1,29 @@
+// The stand-in subtitle source: its media clock, its feed scripts, delivery
+// to the registered callback, and the sources the gadget picks from the
+// environment.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <condition_variable>
+#include <cstdlib>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <mutex>
 #include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "CATSCSource.h"
+#include "CDVBSource.h"
+#include "CMediaClock.h"
 #include "CSourceFeed.h"
+#include "CSourceHolder.h"
 #include "CSubSampleImageUtil.h"
 #include "CTTMLSource.h"
 #include "LogCapture.h"
+#include "RowPrinter.h"
 #include "SeekNotifyData.h"
 #include "StartNotifyData.h"
 #include "SubRawData.h"
@@ -23,6 +33,158 @@ using namespace TTML;
 namespace {
 
 const std::string kData = INTERTITLE_SOURCE_DIR "/Tests/Source/data";
+
+// ---- Media clock ----
+
+enum Op { NONE, START, STOP, PAUSE, RESUME, SEEK };
+
+struct Step {
+    long long advance;  // fake ms passed before the operation
+    Op op;
+    long long arg;      // seek position
+    bool result;        // expected result of PAUSE/RESUME/SEEK
+    long long expect;   // expected position afterwards; -1: no media time (stopped)
+};
+
+struct ClockCase {
+    const char* name;
+    std::vector<Step> steps;
+};
+
+class MediaClockTest : public ::testing::TestWithParam<ClockCase> {};
+
+TEST_P(MediaClockTest, FollowsTheFakeTime)
+{
+    long long fakeNow = 1000000;  // any origin: only differences matter
+    TTML::CMediaClock clock([&fakeNow] { return fakeNow; });
+    int index = 0;
+    for (const Step& step : GetParam().steps) {
+        SCOPED_TRACE("step " + std::to_string(index++));
+        fakeNow += step.advance;
+        switch (step.op) {
+        case NONE: break;
+        case START: clock.Start(); break;
+        case STOP: clock.Stop(); break;
+        case PAUSE: EXPECT_EQ(step.result, clock.Pause()); break;
+        case RESUME: EXPECT_EQ(step.result, clock.Resume()); break;
+        case SEEK: EXPECT_EQ(step.result, clock.Seek(step.arg)); break;
+        }
+        long long now = -12345;
+        bool hasTime = clock.Now(now);
+        if (step.expect < 0) {
+            EXPECT_FALSE(hasTime);
+            EXPECT_TRUE(clock.IsStopped());
+        } else {
+            ASSERT_TRUE(hasTime);
+            EXPECT_EQ(step.expect, now);
+        }
+    }
+}
+
+const ClockCase kClockCases[] = {
+    {"StoppedUntilStart", {{0, NONE, 0, true, -1}, {100, START, 0, true, 0}, {250, NONE, 0, true, 250}}},
+    {"PauseFreezes",
+     {{0, START, 0, true, 0}, {100, PAUSE, 0, true, 100}, {500, NONE, 0, true, 100}, {0, PAUSE, 0, false, 100}}},
+    {"ResumeContinuesFromThePausedPosition",
+     {{0, START, 0, true, 0}, {100, PAUSE, 0, true, 100}, {1000, RESUME, 0, true, 100}, {50, NONE, 0, true, 150},
+      {0, RESUME, 0, false, 150}}},
+    {"SeekWhileRunningJumpsKeepsRunningAndRefusesANegativePosition",
+     {{0, START, 0, true, 0}, {100, SEEK, 5000, true, 5000}, {20, NONE, 0, true, 5020}, {0, SEEK, 0, true, 0},
+      {5, NONE, 0, true, 5}, {40, SEEK, -1, false, 45}}},
+    {"SeekWhilePausedStaysPaused",
+     {{0, START, 0, true, 0}, {100, PAUSE, 0, true, 100}, {0, SEEK, 7000, true, 7000}, {300, NONE, 0, true, 7000},
+      {0, RESUME, 0, true, 7000}, {5, NONE, 0, true, 7005}}},
+    {"StoppedRefusesEverythingButStart",
+     {{0, START, 0, true, 0}, {100, STOP, 0, true, -1}, {0, SEEK, 10, false, -1}, {0, PAUSE, 0, false, -1},
+      {0, RESUME, 0, false, -1}, {40, START, 0, true, 0}}},
+    {"StartFromPausedRestartsRunning",
+     {{0, START, 0, true, 0}, {100, PAUSE, 0, true, 100}, {0, START, 0, true, 0}, {10, NONE, 0, true, 10}}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, MediaClockTest, ::testing::ValuesIn(kClockCases),
+                         TTMLTest::RowName());
+
+// ---- Feed scripts ----
+
+// A document plays as a start then the document; a folder as a start then
+// its documents in name order. Both without band mode, profile or mode.
+TEST(SourceFeedTest, DocumentAndFolderPlayAsAStartThenTheDocuments)
+{
+    CSourceFeed feed;
+    auto played = [&feed] {
+        std::string out;
+        for (const auto& item : feed.Items())
+            out += std::to_string(item.msgId) + (item.bandMode ? " band" : "") + " " +
+                   std::to_string(item.profile) + " " + item.url + ";";
+        return out;
+    };
+    ASSERT_TRUE(feed.Load(kData + "/doc2.ttml"));
+    EXPECT_EQ("1 -1 ;0 -1 " + kData + "/doc2.ttml;", played());
+    EXPECT_EQ(0, feed.GetMode());
+    ASSERT_TRUE(feed.Load(kData + "/docs"));
+    EXPECT_EQ("1 -1 ;0 -1 " + kData + "/docs/a.ttml;0 -1 " + kData + "/docs/b.xml;", played());
+    // a.ttml starts with a byte-order mark and blank lines; it is still a document.
+    std::string text;
+    ASSERT_TRUE(CSourceFeed::ReadFile(kData + "/docs/a.ttml", text));
+    EXPECT_EQ(text, feed.Items()[1].xmlData);
+}
+
+TEST(SourceFeedTest, RefusedPathsAreNamedAndLeaveTheFeedEmpty)
+{
+    LogCapture log;
+    CSourceFeed feed;
+    ASSERT_TRUE(feed.Load(kData + "/doc2.ttml"));
+    EXPECT_FALSE(feed.Load(kData + "/broken.feed"));
+    EXPECT_TRUE(log.Has("Feed " + kData + "/broken.feed:3: unknown command \"jump\"", DLOG_ERROR)) << log.Dump();
+    EXPECT_TRUE(feed.IsEmpty());
+    EXPECT_EQ(0, feed.GetMode());
+    EXPECT_FALSE(feed.Load(kData + "/absent.feed"));
+    EXPECT_TRUE(log.Has("Feed " + kData + "/absent.feed: cannot read", DLOG_ERROR)) << log.Dump();
+    EXPECT_FALSE(feed.LoadScript("# only a comment\n\n", "empty.feed", kData));
+    EXPECT_TRUE(log.Has("Feed empty.feed: no messages", DLOG_ERROR)) << log.Dump();
+}
+
+struct BadLine {
+    const char* name;
+    const char* line;     // becomes line 3, after a mode and a start at 5 ms
+    std::string message;  // expected after "Feed bad.feed:3: "
+};
+
+class SourceFeedBadLineTest : public ::testing::TestWithParam<BadLine> {};
+
+TEST_P(SourceFeedBadLineTest, IsRefusedWithFileAndLine)
+{
+    LogCapture log;
+    CSourceFeed feed;
+    std::string script = std::string("mode 3\nat 5 start\n") + GetParam().line + "\nat 9 stop\n";
+    EXPECT_FALSE(feed.LoadScript(script, "bad.feed", kData));
+    EXPECT_TRUE(feed.IsEmpty());
+    EXPECT_TRUE(log.Has("Feed bad.feed:3: " + GetParam().message, DLOG_ERROR)) << log.Dump();
+}
+
+const BadLine kBadLines[] = {
+    {"TimeNotANumber", "at 6s pause", "bad number \"6s\""},
+    {"TimeOverflow", "at 99999999999999999999 pause", "bad number \"99999999999999999999\""},
+    {"TimeGoesBackwards", "at 4 pause", "time 4 is before 5"},
+    {"AtWithoutTime", "at", "missing argument for at"},
+    {"AtWithoutCommand", "at 6", "missing command after \"at 6\""},
+    {"ModeTwice", "mode 2", "mode given twice"},
+    {"MissingDocument", "at 6 document nowhere.ttml", "cannot read \"" + kData + "/nowhere.ttml\""},
+    {"ProfileOutOfRange", "at 6 document doc1.ttml profile=3", "bad profile \"3\""},
+    {"TimestampNotANumber", "at 6 document doc1.ttml timestamp=1.5", "bad number \"1.5\""},
+    {"SegmentReversed", "at 6 document doc1.ttml segment=200,100", "bad segment \"200,100\""},
+    {"MissingImage", "at 6 document doc1.ttml images=img1.png,img9.png", "cannot read \"" + kData + "/img9.png\""},
+    {"UnknownDocumentOption", "at 6 document doc1.ttml lang=en", "unknown option \"lang=en\""},
+    {"BandNotAFlag", "at 6 start band=yes", "bad band \"yes\""},
+    {"SeekNegative", "at 6 seek -100", "bad number \"-100\""},
+    {"PauseWithArgument", "at 6 pause 3", "unexpected argument \"3\""},
+    {"FontsWithEmptyName", "at 6 fonts-failed a.ttf,,b.ttf", "empty font name in \"a.ttf,,b.ttf\""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Lines, SourceFeedBadLineTest, ::testing::ValuesIn(kBadLines),
+                         TTMLTest::RowName());
+
+// ---- Delivery ----
 
 // Registered as a source's callback with itself as user data; copies what
 // each message carries, and what the source reports, at delivery time.
@@ -193,7 +355,6 @@ TEST(TTMLSourceTest, FeedScriptReachesTheCallbackInOrderWithItsPayloads)
 
     const SubRawData& doc = got[1].raw;
     EXPECT_EQ(Read(kData + "/doc1.ttml"), doc.xmlData);
-    EXPECT_EQ(kData + "/doc1.ttml", doc.url);
     EXPECT_EQ(&rec, doc.pCore);
     // The images= files arrive packed, image 1 first.
     std::string subSamples = doc.subSampleData;
@@ -224,6 +385,7 @@ TEST(TTMLSourceTest, ShowHideStartAgainAndStopReachASleepingSource)
     feed.SetMode(64);
     feed.Add(Item(0, TTML_SOURCE_MSG_START));
     feed.Add(Item(std::numeric_limits<long long>::max(), TTML_SOURCE_MSG_PAUSE));
+    EXPECT_FALSE(feed.Add(Item(0, TTML_SOURCE_MSG_HIDE))) << "time may not go backwards";
     ASSERT_TRUE(source.SetFeed(feed));
     EXPECT_EQ(64, source.GetSubtitleMode());
     Recorder rec(&source);
@@ -335,6 +497,112 @@ TEST(TTMLSourceTest, DestroyWhilePlayingEndsDeliveryAndFreesTheSource)
         EXPECT_EQ(seen, rec.Count());
     }
     EXPECT_EQ(0, Recorder::s_strays.load());
+}
+
+// ---- Sources from the environment ----
+
+const char* const kVariables[] = {"INTERTITLE_DVB_FEED", "INTERTITLE_ATSC_FEED", "INTERTITLE_BROADBAND_FEED",
+                                  "INTERTITLE_FEED"};
+
+class SourceEnvironment : public ::testing::Test {
+protected:
+    void SetUp() override { Clean(); }
+    void TearDown() override { Clean(); }
+    static void Clean()
+    {
+        for (const char* v : kVariables)
+            unsetenv(v);
+        CSourceHolder::Reset();
+    }
+    static void Set(const char* variable, const char* feed)
+    {
+        if (feed)
+            setenv(variable, (kData + "/" + feed).c_str(), 1);
+    }
+};
+
+enum Kind { DVB, ATSC, BROADBAND };
+
+struct EnvCase {
+    const char* name;
+    Kind kind;
+    const char* dvb;  // feed file per variable, null: unset
+    const char* atsc;
+    const char* broadband;
+    const char* common;
+    int mode;  // expected subtitle mode; -1: no feed
+};
+
+class SourceEnvironmentLookup : public SourceEnvironment, public ::testing::WithParamInterface<EnvCase> {};
+
+// dvb.feed has mode 1, atsc.feed mode 2, common.feed mode 4. The broadcast
+// sources falling back to INTERTITLE_FEED is what the gadget tests use.
+TEST_P(SourceEnvironmentLookup, FindsTheFeedOfItsOwnVariableElseTheCommonOne)
+{
+    const EnvCase& c = GetParam();
+    Set("INTERTITLE_DVB_FEED", c.dvb);
+    Set("INTERTITLE_ATSC_FEED", c.atsc);
+    Set("INTERTITLE_BROADBAND_FEED", c.broadband);
+    Set("INTERTITLE_FEED", c.common);
+    LogCapture log;
+    std::unique_ptr<CTTMLSource> owned;
+    if (c.kind != BROADBAND)
+        owned.reset(c.kind == DVB ? static_cast<CTTMLSource*>(new CDVBSource) : new CATSCSource);
+    ITTMLSource* source = owned ? owned.get() : CSourceHolder::GetSource();
+    if (c.kind == BROADBAND && c.mode < 0) {
+        EXPECT_EQ(nullptr, source);
+        return;
+    }
+    ASSERT_NE(nullptr, source);
+    auto* pSource = dynamic_cast<CTTMLSource*>(source);  // as the gadget reaches the control face
+    ASSERT_NE(nullptr, pSource);
+    EXPECT_EQ(c.mode >= 0, pSource->HasFeed());
+    if (c.mode >= 0) {
+        EXPECT_EQ(c.mode, source->GetSubtitleMode());
+    } else {
+        EXPECT_FALSE(pSource->Start());
+        const std::string kind = c.kind == DVB ? "DVB" : "ATSC";
+        EXPECT_TRUE(log.Has("No feed for the " + kind + " source: set INTERTITLE_" + kind + "_FEED or INTERTITLE_FEED",
+                            DLOG_WARN)) << log.Dump();
+    }
+    if (owned)
+        owned.release()->Destroy();
+    else
+        EXPECT_EQ(source, CSourceHolder::GetSource()) << "made once";
+}
+
+const EnvCase kEnvCases[] = {
+    {"DvbOwnWinsOverCommon", DVB, "dvb.feed", nullptr, nullptr, "common.feed", 1},
+    {"DvbIgnoresOtherVariables", DVB, nullptr, "atsc.feed", "dvb.feed", nullptr, -1},
+    {"AtscOwnWinsOverCommon", ATSC, nullptr, "atsc.feed", nullptr, "common.feed", 2},
+    {"AtscIgnoresOtherVariables", ATSC, "dvb.feed", nullptr, "dvb.feed", nullptr, -1},
+    {"BroadbandFallsBackToCommon", BROADBAND, nullptr, nullptr, nullptr, "common.feed", 4},
+    {"BroadbandOwnWinsOverCommon", BROADBAND, nullptr, nullptr, "atsc.feed", "common.feed", 2},
+    {"BroadbandIgnoresBroadcastVariables", BROADBAND, "dvb.feed", "atsc.feed", nullptr, nullptr, -1},
+};
+
+INSTANTIATE_TEST_SUITE_P(Variables, SourceEnvironmentLookup, ::testing::ValuesIn(kEnvCases), TTMLTest::RowName());
+
+// Installing a source over one the holder made destroys that one (while it
+// plays), never the caller's.
+TEST_F(SourceEnvironment, InstalledSourceWinsOverTheEnvironmentAndStaysTheCallers)
+{
+    Set("INTERTITLE_BROADBAND_FEED", "doc1.ttml");
+    auto* mine = new CTTMLSource;
+    CSourceHolder::SetSource(mine);
+    EXPECT_EQ(mine, CSourceHolder::GetSource());
+
+    CSourceHolder::SetSource(nullptr);
+    ITTMLSource* made = CSourceHolder::GetSource();
+    ASSERT_NE(mine, made);
+    ASSERT_TRUE(dynamic_cast<CTTMLSource*>(made) && dynamic_cast<CTTMLSource*>(made)->Start());
+    CSourceHolder::SetSource(mine);
+    EXPECT_EQ(mine, CSourceHolder::GetSource());
+    CSourceHolder::Reset();
+    unsetenv("INTERTITLE_BROADBAND_FEED");
+    EXPECT_EQ(nullptr, CSourceHolder::GetSource());
+    EXPECT_TRUE(mine->LoadFeed(kData + "/dvb.feed"));
+    mine->Destroy();
 }
 
 }  // namespace
