@@ -1,4 +1,6 @@
 #include "CTask.h"
+#include "IMutex.h"
+#include "Lock.h"
 #include "LogCapture.h"
 #include "TCallback.h"
 #include "RowPrinter.h"
@@ -6,11 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <climits>
 #include <chrono>
 #include <cstring>
 #include <functional>
-#include <future>
 #include <memory>
+#include <future>
 #include <mutex>
 #include <numeric>
 #include <set>
@@ -22,23 +25,14 @@
 #include <vector>
 
 using TTML::CTask;
+using TTML::IMutex;
 using TTML::TCallback;
 
 namespace {
 
 const char kStopLine[] = "Task: Stop task event: stopping infinite loop.";
-
-long ThreadId()
-{
-    return syscall(SYS_gettid);
-}
-
-std::string ThreadName()
-{
-    char name[17] = {0};
-    prctl(PR_GET_NAME, name, 0, 0, 0);
-    return name;
-}
+const std::string kIdleStop = "Task is neither running nor in preparation stage! Q Size=[";
+const std::string kNoCleanup = "No Cleanup CB is registered!!! queueSize=[";
 
 std::vector<int> Range(int from, int to)
 {
@@ -47,293 +41,227 @@ std::vector<int> Range(int from, int to)
     return v;
 }
 
-// Target of a task's callbacks: events are pointers to ints owned by the test.
-class Recorder {
-public:
-    void OnEvent(void* data)
+// Event i is a pointer to the int i owned by the fixture. Records what the
+// worker and the cleanup callback are handed, and can hold the worker inside
+// one event until the test releases it.
+class TaskTest : public ::testing::Test {
+protected:
+    ~TaskTest() override { Release(); }  // never leave a worker held at the join
+
+    void Connect(bool withCleanup, CTask* pTask = nullptr)
     {
-        int value = *static_cast<int*>(data);
-        {
-            std::lock_guard<std::mutex> guard(m_lock);
-            m_events.push_back(value);
-            m_threads.insert(ThreadId());
-            m_lastThreadName = ThreadName();
-        }
-        if (onEvent)
-            onEvent(value);
+        (pTask ? *pTask : task)
+            .Connect(new TCallback<TaskTest>(this, &TaskTest::OnEvent),
+                     withCleanup ? new TCallback<TaskTest>(this, &TaskTest::OnCleanup) : nullptr);
+    }
+    void Post(int from, int to, CTask* pTask = nullptr)
+    {
+        for (int i = from; i < to; ++i)
+            (pTask ? *pTask : task).SendEvent(&ids[i]);
+    }
+    void WaitHeld() { held.get_future().wait(); }
+    void Release()
+    {
+        if (!released.exchange(true))
+            gate.set_value();
     }
 
-    void OnCleanup(void* data)
-    {
-        std::lock_guard<std::mutex> guard(m_lock);
-        m_cleaned.push_back(*static_cast<int*>(data));
-    }
+    std::vector<int> Events() const { return Read(events); }
+    std::vector<int> Cleaned() const { return Read(cleaned); }
+    std::set<long> Threads() const { return Read(threads); }
+    std::string LastName() const { return Read(lastName); }
 
-    void ConnectTo(CTask& task, bool withCleanup)
-    {
-        task.Connect(new TCallback<Recorder>(this, &Recorder::OnEvent),
-                     withCleanup ? new TCallback<Recorder>(this, &Recorder::OnCleanup) : nullptr);
-    }
-
-    std::vector<int> Events() const { return Read(m_events); }
-    std::vector<int> Cleaned() const { return Read(m_cleaned); }
-    std::set<long> Threads() const { return Read(m_threads); }
-    std::string LastThreadName() const { return Read(m_lastThreadName); }
-
-    // Runs on the worker after each event is recorded; set before Start.
-    std::function<void(int)> onEvent;
+    int holdAt = -1;                  // the event the worker waits in; set before Start
+    std::function<void(int)> onEvent;  // runs on the worker after each event is recorded
+    std::vector<int> ids = Range(0, 2000);
 
 private:
+    void OnEvent(void* data)
+    {
+        const int v = *static_cast<int*>(data);
+        char name[17] = {0};
+        prctl(PR_GET_NAME, name, 0, 0, 0);
+        {
+            std::lock_guard<std::mutex> guard(lock);
+            events.push_back(v);
+            threads.insert(syscall(SYS_gettid));
+            lastName = name;
+        }
+        if (v == holdAt) {
+            held.set_value();
+            gateOpen.wait();
+        }
+        if (onEvent)
+            onEvent(v);
+    }
+    void OnCleanup(void* data)
+    {
+        std::lock_guard<std::mutex> guard(lock);
+        cleaned.push_back(*static_cast<int*>(data));
+    }
     template <typename T>
     T Read(const T& field) const
     {
-        std::lock_guard<std::mutex> guard(m_lock);
+        std::lock_guard<std::mutex> guard(lock);
         return field;
     }
 
-    mutable std::mutex m_lock;
-    std::vector<int> m_events;
-    std::vector<int> m_cleaned;
-    std::set<long> m_threads;
-    std::string m_lastThreadName;
+    std::promise<void> held, gate;
+    std::shared_future<void> gateOpen = gate.get_future().share();
+    std::atomic<bool> released{false};
+    mutable std::mutex lock;
+    std::vector<int> events, cleaned;
+    std::set<long> threads;
+    std::string lastName;
+
+protected:
+    CTask task;  // last, so that it stops its worker while the rest still lives
 };
 
-// Event payloads: ids[i] == i, stable for the lifetime of the test.
-struct Payloads {
-    explicit Payloads(int n) : ids(Range(0, n)) {}
-    void* operator[](int i) { return &ids[i]; }
-    std::vector<int> ids;
-};
-
-TEST(TaskQueue, DeliversEventsOfEveryProducerInPostingOrderOnOneWorker)
+// The worker's name is cut to the 15 characters a thread name holds, with a
+// warning.
+TEST_F(TaskTest, EventsOfEveryProducerRunInPostingOrderOnOneNamedWorkerAndStopRunsThemFirst)
 {
     const int kProducers = 4, kPerProducer = 500;
-    Payloads payload(kProducers * kPerProducer);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, false);
-    ASSERT_TRUE(task.Start("FifoTask"));
-
+    Connect(false);
+    LogCapture log;
+    ASSERT_TRUE(task.Start("SixteenCharNames"));
     std::vector<std::thread> producers;
     for (int p = 0; p < kProducers; ++p)
-        producers.emplace_back([&, p] {
-            for (int i = 0; i < kPerProducer; ++i)
-                task.SendEvent(payload[p * kPerProducer + i]);
-        });
+        producers.emplace_back([this, p] { Post(p * kPerProducer, (p + 1) * kPerProducer); });
     for (auto& t : producers)
         t.join();
-    task.Reset();
+    task.Stop();
 
-    std::vector<int> events = rec.Events();
+    std::vector<int> events = Events();
     ASSERT_EQ(size_t(kProducers * kPerProducer), events.size());
     std::vector<int> next(kProducers, 0);
-    for (int v : events) {
-        int p = v / kPerProducer;
-        EXPECT_EQ(p * kPerProducer + next[p], v) << "producer " << p << " out of order";
-        ++next[p];
-    }
-    std::set<long> threads = rec.Threads();
-    ASSERT_EQ(1u, threads.size());
-    EXPECT_NE(ThreadId(), *threads.begin());
-    task.Stop();
-}
-
-TEST(TaskReset, ReturnsOnlyAfterEveryEarlierEventRanAndKeepsTheWorker)
-{
-    Payloads payload(150);
-    Recorder rec;
-    std::promise<void> lastEntered, resetCalled, gate;
-    std::shared_future<void> gateOpen = gate.get_future().share();
-    rec.onEvent = [&](int v) {
-        if (v == 99) {
-            lastEntered.set_value();
-            gateOpen.wait();
-        }
-    };
-    CTask task;
-    rec.ConnectTo(task, false);
-    ASSERT_TRUE(task.Start("ResetTask"));
-    for (int i = 0; i < 100; ++i)
-        task.SendEvent(payload[i]);
-
-    // Event 99 is held until the main thread is on its way into Reset.
-    std::thread opener([&] {
-        lastEntered.get_future().wait();
-        resetCalled.get_future().wait();
-        gate.set_value();
-    });
-    resetCalled.set_value();
-    task.Reset();
-    EXPECT_EQ(Range(0, 100), rec.Events());
-    opener.join();
-
-    for (int i = 100; i < 150; ++i)
-        task.SendEvent(payload[i]);
-    task.Reset();
-    EXPECT_EQ(Range(0, 150), rec.Events());
-    task.Stop();
-}
-
-TEST(TaskReset, OnANeverStartedTaskReturnsAtOnceAndDeliversNothing)
-{
-    Payloads payload(3);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, false);
-    for (int i = 0; i < 3; ++i)
-        task.SendEvent(payload[i]);
-    LogCapture log;
-    task.Reset();
-    EXPECT_TRUE(log.Has("Returning as task is not running", DLOG_INFO)) << log.Dump();
-    EXPECT_TRUE(rec.Events().empty());
-}
-
-TEST(TaskStop, EndsTheWorkerAfterTheEventsAheadOfIt)
-{
-    Payloads payload(50);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, false);
-    LogCapture log;
-    ASSERT_TRUE(task.Start("StopTask"));
-    for (int i = 0; i < 50; ++i)
-        task.SendEvent(payload[i]);
-    task.Stop();
-    EXPECT_EQ(Range(0, 50), rec.Events());
-    EXPECT_EQ(1, log.Count(kStopLine, DLOG_INFO)) << log.Dump();
-    EXPECT_EQ(1, log.Count("After pthread_join", DLOG_INFO));
-    EXPECT_EQ(1, log.Count("Enter", DLOG_INFO));
-    EXPECT_EQ(1, log.Count("Exit", DLOG_INFO));
+    for (int v : events)
+        EXPECT_EQ(v / kPerProducer * kPerProducer + next[v / kPerProducer]++, v) << "out of order";
+    EXPECT_EQ(1u, Threads().size());
+    EXPECT_EQ("SixteenCharName", LastName()) << "the worker's name, not the caller's";
+    EXPECT_EQ(1, log.Count("Name [SixteenCharNames] is too long", DLOG_WARN));
+    for (const char* line : {kStopLine, "After pthread_join", "Enter", "Exit"})
+        EXPECT_EQ(1, log.Count(line, DLOG_INFO)) << line;
 
     // Stopped: a second Stop has nothing to join and nothing to clean.
     log.Clear();
     task.Stop();
-    EXPECT_TRUE(log.Has("Task is neither running nor in preparation stage! Q Size=[0]", DLOG_INFO)) << log.Dump();
+    EXPECT_TRUE(log.Has(kIdleStop + "0]", DLOG_INFO)) << log.Dump();
     EXPECT_FALSE(log.HasContaining("No Cleanup CB"));
 }
 
-// Runs `action` on the logging thread the first time a line with exactly
-// `message` is logged. Replaces any LogCapture while it lives.
+TEST_F(TaskTest, ResetReturnsOnlyAfterEveryEarlierEventRanAndKeepsTheWorker)
+{
+    Connect(false);
+    holdAt = 99;
+    LogCapture log;
+    ASSERT_TRUE(task.Start("FifteenCharName"));
+    Post(0, 100);
+    // Event 99 is held until the main thread is on its way into Reset. The
+    // callback runs without the queue mutex, so others can take it meanwhile.
+    std::promise<void> resetting;
+    std::thread opener([&] {
+        WaitHeld();
+        resetting.get_future().wait();
+        task.Lock();
+        task.Unlock();
+        Release();
+    });
+    resetting.set_value();
+    task.Reset();
+    EXPECT_EQ(Range(0, 100), Events());
+    opener.join();
+
+    Post(100, 150);
+    task.Reset();
+    EXPECT_EQ(Range(0, 150), Events());
+    EXPECT_EQ("FifteenCharName", LastName());
+    EXPECT_FALSE(log.HasContaining("is too long"));
+}
+
+// Hands every line's message to `seen` on the logging thread. Replaces any
+// LogCapture while it lives.
 class LineHook {
 public:
-    LineHook(const char* message, std::function<void()> action) : m_message(message), m_action(std::move(action))
+    explicit LineHook(std::function<void(const std::string&)> seen) : m_seen(std::move(seen))
     {
         dlog_set_hook(&LineHook::Hook, this);
     }
     ~LineHook() { dlog_set_hook(nullptr, nullptr); }
-    int Hits() const { return m_hits.load(); }
 
 private:
     static void Hook(log_priority, const char* tag, const char* msg, void* user)
     {
-        auto* self = static_cast<LineHook*>(user);
-        if (std::strcmp(tag, "TTML") == 0 && LogCapture::MessageOf(msg) == self->m_message && self->m_hits++ == 0)
-            self->m_action();
+        if (std::strcmp(tag, "TTML") == 0)
+            static_cast<LineHook*>(user)->m_seen(LogCapture::MessageOf(msg));
     }
 
-    std::string m_message;
-    std::function<void()> m_action;
-    std::atomic<int> m_hits{0};
+    std::function<void(const std::string&)> m_seen;
 };
 
-TEST(TaskStop, EventPostedAfterTheStopMarkerIsNeverDelivered)
+// The stop marker is positional: events behind it stay queued, both those
+// already there as the worker reaches it and one posted after it took it.
+TEST_F(TaskTest, EventsBehindTheStopMarkerAreNeverDelivered)
 {
-    Payloads payload(11);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, true);
-    {
-        // Posted by the worker itself once it has taken Stop's marker, while
-        // Stop is still waiting to join it.
-        LineHook hook(kStopLine, [&] { task.SendEvent(payload[10]); });
-        ASSERT_TRUE(task.Start("LateTask"));
-        for (int i = 0; i < 10; ++i)
-            task.SendEvent(payload[i]);
-        task.Stop();
-        ASSERT_EQ(1, hook.Hits());
-    }
-    EXPECT_EQ(Range(0, 10), rec.Events());
-
-    // The late event is still queued: the next Stop hands it to the cleanup.
-    LogCapture log;
-    task.Stop();
-    EXPECT_TRUE(log.Has("Task is neither running nor in preparation stage! Q Size=[1]", DLOG_INFO)) << log.Dump();
-    EXPECT_EQ(std::vector<int>{10}, rec.Cleaned());
-    EXPECT_EQ(Range(0, 10), rec.Events());
-}
-
-// The marker is positional: events queued behind it stay queued, even when
-// they are already there as the worker reaches it.
-TEST(TaskStop, EventsQueuedBehindTheMarkerStayQueued)
-{
-    Payloads payload(10);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, true);
-    for (int i = 0; i < 5; ++i)
-        task.SendEvent(payload[i]);
+    Connect(true);
+    Post(0, 5);
     task.SendEvent(nullptr);
-    for (int i = 5; i < 10; ++i)
-        task.SendEvent(payload[i]);
+    Post(5, 10);
 
-    // Whichever comes first: the worker leaving, or (wrongly) the last event.
+    // Whichever comes first: the worker leaving, or (wrongly) an event behind the marker.
     std::promise<bool> outcome;
     std::atomic<bool> decided{false};
     auto decide = [&](bool exited) {
         if (!decided.exchange(true))
             outcome.set_value(exited);
     };
-    rec.onEvent = [&](int v) {
-        if (v == 9)
+    onEvent = [&](int v) {
+        if (v >= 5)
             decide(false);
     };
     {
-        LineHook hook("Exit", [&] { decide(true); });
+        LineHook hook([&](const std::string& message) {
+            if (message == kStopLine)
+                Post(10, 11);  // the worker has taken the marker and is on its way out
+            else if (message == "Exit")
+                decide(true);
+        });
         ASSERT_TRUE(task.Start("Marker"));
         ASSERT_TRUE(outcome.get_future().get()) << "events behind the marker were delivered";
     }
-    EXPECT_EQ(Range(0, 5), rec.Events());
+    EXPECT_EQ(Range(0, 5), Events());
 
     // Stop finds no worker, joins the ended thread and cleans what follows the marker.
     LogCapture log;
     task.Stop();
-    EXPECT_TRUE(log.Has("Task is neither running nor in preparation stage! Q Size=[5]")) << log.Dump();
-    EXPECT_EQ(Range(5, 10), rec.Cleaned());
+    EXPECT_TRUE(log.Has(kIdleStop + "6]", DLOG_INFO)) << log.Dump();
+    EXPECT_EQ(Range(5, 11), Cleaned());
 }
 
 // A reset whose marker sits behind a stop marker must not take the stop
 // marker as its answer: it would return while the events between still run.
-TEST(TaskReset, StopMarkerAheadIsNotTakenAsTheResetsAnswer)
+TEST_F(TaskTest, StopMarkerAheadIsNotTakenAsTheResetsAnswer)
 {
-    Payloads payload(2);
-    Recorder rec;
-    std::promise<void> held, gate;
-    std::shared_future<void> gateOpen = gate.get_future().share();
-    rec.onEvent = [&](int v) {
-        if (v == 0) {
-            held.set_value();
-            gateOpen.wait();
-        }
-    };
-    CTask task;
-    rec.ConnectTo(task, true);
+    Connect(true);
+    holdAt = 0;
     ASSERT_TRUE(task.Start("StopReset"));
-    task.SendEvent(payload[0]);
-    held.get_future().wait();
+    Post(0, 1);
+    WaitHeld();
     task.SendEvent(nullptr);
-    task.SendEvent(payload[1]);
-    std::thread resetter([&] { task.Reset(); });
+    Post(1, 2);
+    std::thread resetter([this] { task.Reset(); });
     // Give the reset time to queue its marker behind the others; if it is
     // later, it finds the worker gone and the test proves nothing, it does not fail.
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    gate.set_value();
+    Release();
     resetter.join();  // released when the worker ends
-    EXPECT_EQ(std::vector<int>{0}, rec.Events());
+    EXPECT_EQ(std::vector<int>{0}, Events());
     // The worker may still be on its way out: then this Stop joins it and
     // the second one finds the queue left behind.
     task.Stop();
     task.Stop();
-    EXPECT_EQ(std::vector<int>{1}, rec.Cleaned());
+    EXPECT_EQ(std::vector<int>{1}, Cleaned());
 }
 
 struct CleanupCase {
@@ -343,42 +271,35 @@ struct CleanupCase {
     int droppedOnPost;  // oldest events handed to the cleanup while posting
 };
 
-class TaskCleanup : public ::testing::TestWithParam<CleanupCase> {};
+class TaskCleanup : public TaskTest, public ::testing::WithParamInterface<CleanupCase> {};
 
-// Without a worker, posting keeps the newest 20 events when a cleanup
-// callback exists; Stop then hands it the rest. Without one, everything stays
-// queued (with warnings) for the next worker.
+// Without a worker, Reset returns at once and posting keeps the newest 20
+// events when a cleanup callback exists; Stop then hands it the rest. Without
+// one, everything stays queued (with warnings) for the next worker.
 TEST_P(TaskCleanup, TrimsAnIdleQueueToTwentyAndStopEmptiesIt)
 {
     const CleanupCase& c = GetParam();
-    Payloads payload(c.posts);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, c.cleanupCb);
+    Connect(c.cleanupCb);
     LogCapture log;
-    for (int i = 0; i < c.posts; ++i)
-        task.SendEvent(payload[i]);
-    EXPECT_EQ(Range(0, c.droppedOnPost), rec.Cleaned());
-    EXPECT_TRUE(rec.Events().empty());
-    for (int size = 21; size <= c.posts; ++size) {
-        std::string warning = "No Cleanup CB is registered!!! queueSize=[" + std::to_string(size) + "]";
-        EXPECT_EQ(c.cleanupCb ? 0 : 1, log.Count(warning, DLOG_WARN)) << warning;
-    }
+    Post(0, c.posts);
+    task.Reset();
+    EXPECT_TRUE(log.Has("Returning as task is not running", DLOG_INFO)) << log.Dump();
+    EXPECT_EQ(Range(0, c.droppedOnPost), Cleaned());
+    EXPECT_TRUE(Events().empty());
+    for (int size = 21; size <= c.posts; ++size)
+        EXPECT_EQ(c.cleanupCb ? 0 : 1, log.Count(kNoCleanup + std::to_string(size) + "]", DLOG_WARN)) << size;
 
-    const int kept = c.posts - c.droppedOnPost;
-    std::string stopLine = "Task is neither running nor in preparation stage! Q Size=[" + std::to_string(kept) + "]";
-    std::string stopWarning = "No Cleanup CB is registered!!! queueSize=[" + std::to_string(kept) + "]";
+    const std::string kept = std::to_string(c.posts - c.droppedOnPost) + "]";
     log.Clear();
     task.Stop();
-    EXPECT_TRUE(log.Has(stopLine, DLOG_INFO)) << log.Dump();
-    EXPECT_EQ(c.cleanupCb ? 0 : 1, log.Count(stopWarning, DLOG_WARN)) << log.Dump();
-    EXPECT_EQ(c.cleanupCb ? Range(0, c.posts) : std::vector<int>{}, rec.Cleaned());
+    EXPECT_TRUE(log.Has(kIdleStop + kept, DLOG_INFO)) << log.Dump();
+    EXPECT_EQ(c.cleanupCb ? 0 : 1, log.Count(kNoCleanup + kept, DLOG_WARN)) << log.Dump();
+    EXPECT_EQ(c.cleanupCb ? Range(0, c.posts) : std::vector<int>{}, Cleaned());
 
     // What Stop left behind goes to the next worker, in order.
     ASSERT_TRUE(task.Start("Leftovers"));
     task.Reset();
-    EXPECT_EQ(c.cleanupCb ? std::vector<int>{} : Range(0, c.posts), rec.Events());
-    task.Stop();
+    EXPECT_EQ(c.cleanupCb ? std::vector<int>{} : Range(0, c.posts), Events());
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -389,80 +310,10 @@ INSTANTIATE_TEST_SUITE_P(
                       CleanupCase{"no_cleanup_cb_warns_and_keeps_all", false, 25, 0}),
     TTMLTest::RowName());
 
-struct NameCase {
-    const char* label;
-    const char* name;
-    const char* expected;
-    bool warned;
-};
-
-void PrintTo(const NameCase& c, std::ostream* os)
-{
-    *os << c.label;
-}
-
-class TaskName : public ::testing::TestWithParam<NameCase> {};
-
-TEST_P(TaskName, WorkerIsNamedWithAtMostFifteenCharacters)
-{
-    const NameCase& c = GetParam();
-    Payloads payload(1);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, false);
-    const std::string callerName = ThreadName();
-    LogCapture log;
-    ASSERT_TRUE(task.Start(c.name));
-    task.SendEvent(payload[0]);
-    task.Reset();
-    task.Stop();
-
-    EXPECT_EQ(c.expected, rec.LastThreadName());
-    EXPECT_EQ(callerName, ThreadName()) << "the caller must keep its name";
-    EXPECT_EQ(c.warned ? 1 : 0, log.Count(std::string("Name [") + c.name + "] is too long", DLOG_WARN));
-    // The worker's own log lines carry the name too.
-    bool found = false;
-    for (const auto& line : log.Lines())
-        if (line.message == kStopLine)
-            found = line.text.find(std::string("Thread:[") + c.expected + " ") != std::string::npos;
-    EXPECT_TRUE(found) << log.Dump();
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Length, TaskName,
-    ::testing::Values(NameCase{"short", "Parser", "Parser", false},
-                      NameCase{"fifteen", "FifteenCharName", "FifteenCharName", false},
-                      NameCase{"sixteen", "SixteenCharNames", "SixteenCharName", true},
-                      NameCase{"long", "AVeryLongWorkerThreadName", "AVeryLongWorker", true}),
-    [](const ::testing::TestParamInfo<NameCase>& i) { return std::string(i.param.label); });
-
-TEST(TaskStart, SecondStartIsRefusedAndTheFirstWorkerKeepsRunning)
-{
-    Payloads payload(2);
-    Recorder rec;
-    CTask task;
-    rec.ConnectTo(task, false);
-    LogCapture log;
-    ASSERT_TRUE(task.Start("Once"));
-    task.SendEvent(payload[0]);
-    EXPECT_FALSE(task.Start("Twice"));
-    task.SendEvent(payload[1]);
-    task.Reset();
-    EXPECT_EQ(1, log.Count("Thread is already created. New request for creation should not be made!", DLOG_ERROR));
-    EXPECT_EQ(Range(0, 2), rec.Events());
-    EXPECT_EQ(1u, rec.Threads().size());
-    EXPECT_EQ("Once", rec.LastThreadName());
-    task.Stop();
-
-    // A stopped task may be started again.
-    EXPECT_TRUE(task.Start("Again"));
-    task.Stop();
-}
-
-TEST(TaskStart, OnlyOneOfManyConcurrentStartsWins)
+TEST_F(TaskTest, OnlyOneOfManyConcurrentStartsWinsAndItsWorkerKeepsRunning)
 {
     const int kCallers = 4;
-    CTask task;
+    Connect(false);
     LogCapture log;
     std::promise<void> go;
     std::shared_future<void> goSignal = go.get_future().share();
@@ -471,84 +322,111 @@ TEST(TaskStart, OnlyOneOfManyConcurrentStartsWins)
     for (int i = 0; i < kCallers; ++i)
         callers.emplace_back([&] {
             goSignal.wait();
-            if (task.Start("Racer"))
-                ++started;
+            started += task.Start("Racer");
         });
     go.set_value();
     for (auto& t : callers)
         t.join();
     EXPECT_EQ(1, started.load());
-    EXPECT_EQ(kCallers - 1, log.Count("Thread is already created. New request for creation should not be made!"));
+    EXPECT_EQ(kCallers - 1,
+              log.Count("Thread is already created. New request for creation should not be made!", DLOG_ERROR));
+    Post(0, 2);
+    task.Reset();
+    EXPECT_EQ(Range(0, 2), Events());
+    EXPECT_EQ(1u, Threads().size());
+    EXPECT_EQ("Racer", LastName());
     task.Stop();
     EXPECT_EQ(1, log.Count("After pthread_join"));
+    EXPECT_TRUE(task.Start("Again")) << "a stopped task may be started again";
 }
 
-TEST(TaskCallbacks, RunWithoutTheQueueLockSoOthersCanPostMeanwhile)
+TEST_F(TaskTest, DestructorStopsALiveWorkerAfterSettingTheIgnoreFlag)
 {
-    Payloads payload(2);
-    Recorder rec;
-    std::promise<void> entered, gate;
-    std::shared_future<void> gateOpen = gate.get_future().share();
-    rec.onEvent = [&](int v) {
-        if (v == 0) {
-            entered.set_value();
-            gateOpen.wait();
-        }
-    };
-    CTask task;
-    rec.ConnectTo(task, false);
-    ASSERT_TRUE(task.Start("Unlocked"));
-    task.SendEvent(payload[0]);
-    entered.get_future().wait();
-    // Would block forever if the worker held the queue mutex here.
-    task.SendEvent(payload[1]);
-    task.Lock();
-    task.Unlock();
-    gate.set_value();
-    task.Reset();
-    EXPECT_EQ(Range(0, 2), rec.Events());
-    task.Stop();
-}
-
-TEST(TaskDestructor, StopsALiveWorkerAfterSettingTheIgnoreFlag)
-{
-    Payloads payload(20);
-    Recorder rec;
     LogCapture log;
-    auto* task = new CTask();
-    std::promise<void> entered, gate;
-    std::shared_future<void> gateOpen = gate.get_future().share();
+    auto* pTask = new CTask();
     std::atomic<bool> lastSawIgnored{false};
     // The worker is held in event 0 so that the rest are still queued when
     // the destructor sets the flag; they still run before the join.
-    rec.onEvent = [&](int v) {
-        if (v == 0) {
-            entered.set_value();
-            gateOpen.wait();
-        } else if (v == 19) {
-            lastSawIgnored = task->IsTaskIgnored();
-        }
+    holdAt = 0;
+    onEvent = [&](int v) {
+        if (v == 19)
+            lastSawIgnored = pTask->IsTaskIgnored();
     };
-    rec.ConnectTo(*task, false);
-    ASSERT_TRUE(task->Start("Doomed"));
-    for (int i = 0; i < 20; ++i)
-        task->SendEvent(payload[i]);
-    entered.get_future().wait();
+    Connect(false, pTask);
+    ASSERT_TRUE(pTask->Start("Doomed"));
+    Post(0, 20, pTask);
+    WaitHeld();
     std::thread opener([&] {
-        while (!task->IsTaskIgnored())
+        while (!pTask->IsTaskIgnored())
             std::this_thread::yield();
-        gate.set_value();
+        Release();
     });
-    delete task;
+    delete pTask;
     opener.join();
     EXPECT_TRUE(log.Has("Task still running. Stopping now.", DLOG_WARN)) << log.Dump();
     EXPECT_EQ(1, log.Count("After pthread_join"));
-    EXPECT_EQ(Range(0, 20), rec.Events());
+    EXPECT_EQ(Range(0, 20), Events());
     EXPECT_TRUE(lastSawIgnored.load());
 
     log.Clear();
     delete new CTask();
     EXPECT_FALSE(log.Has("Task still running. Stopping now."));
+}
+
+// ---- Mutex and scoped holder ----
+
+struct MutexDeleter {
+    void operator()(IMutex* m) const { m->Destroy(); }
+};
+using MutexPtr = std::unique_ptr<IMutex, MutexDeleter>;
+
+// TryLock from a thread that does not hold the mutex.
+bool TryLockElsewhere(IMutex* m, unsigned long timeoutMs = 0)
+{
+    bool taken = false;
+    std::thread([&] {
+        taken = m->TryLock(timeoutMs);
+        if (taken)
+            m->Unlock();
+    }).join();
+    return taken;
+}
+
+TEST(Mutex, IsRecursiveAndRefusesOtherThreadsAtOnceUntilTheLastUnlock)
+{
+    MutexPtr m(IMutex::Create());
+    ASSERT_TRUE(m);
+    m->Lock();
+    m->Lock();
+    EXPECT_TRUE(m->TryLock(0));
+    // The timeout is never waited for (a wait of ULONG_MAX ms would never return).
+    for (unsigned long timeoutMs : {0ul, 1000ul, ULONG_MAX})
+        EXPECT_FALSE(TryLockElsewhere(m.get(), timeoutMs)) << timeoutMs;
+    m->Unlock();
+    m->Unlock();
+    EXPECT_FALSE(TryLockElsewhere(m.get()));
+    m->Unlock();
+    EXPECT_TRUE(TryLockElsewhere(m.get(), ULONG_MAX));
+}
+
+TEST(LockHolder, ExcludesOtherThreadsNestsAndIgnoresNull)
+{
+    MutexPtr m(IMutex::Create());
+    ASSERT_TRUE(m);
+    {
+        TTML::Lock outer(m.get());
+        {
+            TTML::Lock inner(m.get());
+            EXPECT_FALSE(TryLockElsewhere(m.get()));
+        }
+        EXPECT_FALSE(TryLockElsewhere(m.get()));
+    }
+    EXPECT_TRUE(TryLockElsewhere(m.get()));
+    {
+        // A holder without a mutex neither locks nor unlocks anything.
+        TTML::Lock none(nullptr);
+        EXPECT_TRUE(TryLockElsewhere(m.get()));
+    }
 }
 
 }  // namespace
