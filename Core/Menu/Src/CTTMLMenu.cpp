@@ -162,21 +162,27 @@ bool CTTMLMenu::ReadMenuData()
     return m_GetVconfInt(kKeySignLang, &d.signLang);
 }
 
+template <const char* const* kKey, int32_t TTMLMenuOption::*kField>
+void CTTMLMenu::m_CaptionOptionCb(keynode_t* pNode, void* pUserData)
+{
+    m_OnKey(pNode, pUserData, *kKey, kField);
+}
+
 // Every caption key with the callback that mirrors it.
 const CTTMLMenu::KeyWatch CTTMLMenu::m_keyWatches[16] = {
     {kKeyStatus, m_CaptionStatusCb},
     {kKeyLang, m_CaptionLangChangeCb},
-    {kKeySize, m_CaptionSizeCb},
-    {kKeyFontStyle, m_CaptionFontStyleCb},
-    {kKeyStyle, m_CaptionStyleCb},
-    {kKeyFontColor, m_CaptionFontColorCb},
-    {kKeyBgColor, m_CaptionBgColorCb},
-    {kKeyWindowColor, m_CaptionWindowColorCb},
-    {kKeyFontOpacity, m_CaptionFontOpacityCb},
-    {kKeyBgOpacity, m_CaptionBgOpacityCb},
-    {kKeyWindowOpacity, m_CaptionWindowOpacityCb},
-    {kKeyEdgeType, m_CaptionEdgeTypeCb},
-    {kKeyEdgeColor, m_CaptionEdgeColorCb},
+    {kKeySize, m_CaptionOptionCb<&kKeySize, &TTMLMenuOption::size>},
+    {kKeyFontStyle, m_CaptionOptionCb<&kKeyFontStyle, &TTMLMenuOption::fontStyle>},
+    {kKeyStyle, m_CaptionOptionCb<&kKeyStyle, &TTMLMenuOption::Style>},
+    {kKeyFontColor, m_CaptionOptionCb<&kKeyFontColor, &TTMLMenuOption::fontColor>},
+    {kKeyBgColor, m_CaptionOptionCb<&kKeyBgColor, &TTMLMenuOption::bgColor>},
+    {kKeyWindowColor, m_CaptionOptionCb<&kKeyWindowColor, &TTMLMenuOption::windowColor>},
+    {kKeyFontOpacity, m_CaptionOptionCb<&kKeyFontOpacity, &TTMLMenuOption::fontOpacity>},
+    {kKeyBgOpacity, m_CaptionOptionCb<&kKeyBgOpacity, &TTMLMenuOption::bgOpacity>},
+    {kKeyWindowOpacity, m_CaptionOptionCb<&kKeyWindowOpacity, &TTMLMenuOption::windowOpacity>},
+    {kKeyEdgeType, m_CaptionOptionCb<&kKeyEdgeType, &TTMLMenuOption::edgeType>},
+    {kKeyEdgeColor, m_CaptionOptionCb<&kKeyEdgeColor, &TTMLMenuOption::edgeColor>},
     {kKeyDivisionMode, m_CaptionDivisionModeCb},
     {kKeyInfoBanner, m_CCInfoBannerKeyUpdateCb},
     {kKeySignLang, m_SignLanguageZoomCb},
@@ -251,61 +257,6 @@ void CTTMLMenu::m_CaptionStatusCb(keynode_t* pNode, void* pUserData)
     const bool read = pMenu->m_GetVconfInt(kKeyStatus, &pMenu->m_menuData.status);
     TTML_INFO("name:[%s] type:[%d] value:[%d] vconfGetInt:[%d]", vconf_keynode_get_name(pNode),
               vconf_keynode_get_type(pNode), vconf_keynode_get_int(pNode), read);
-}
-
-void CTTMLMenu::m_CaptionSizeCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeySize, &TTMLMenuOption::size);
-}
-
-void CTTMLMenu::m_CaptionFontStyleCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontStyle, &TTMLMenuOption::fontStyle);
-}
-
-void CTTMLMenu::m_CaptionStyleCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyStyle, &TTMLMenuOption::Style);
-}
-
-void CTTMLMenu::m_CaptionFontColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontColor, &TTMLMenuOption::fontColor);
-}
-
-void CTTMLMenu::m_CaptionBgColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyBgColor, &TTMLMenuOption::bgColor);
-}
-
-void CTTMLMenu::m_CaptionWindowColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyWindowColor, &TTMLMenuOption::windowColor);
-}
-
-void CTTMLMenu::m_CaptionFontOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontOpacity, &TTMLMenuOption::fontOpacity);
-}
-
-void CTTMLMenu::m_CaptionBgOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyBgOpacity, &TTMLMenuOption::bgOpacity);
-}
-
-void CTTMLMenu::m_CaptionWindowOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyWindowOpacity, &TTMLMenuOption::windowOpacity);
-}
-
-void CTTMLMenu::m_CaptionEdgeTypeCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyEdgeType, &TTMLMenuOption::edgeType);
-}
-
-void CTTMLMenu::m_CaptionEdgeColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyEdgeColor, &TTMLMenuOption::edgeColor);
 }
 
 void CTTMLMenu::m_CaptionDivisionModeCb(keynode_t* pNode, void* pUserData)
