@@ -88,9 +88,14 @@ private:
     static void m_CaptionStatusCb(keynode_t* pNode, void* pUserData);
     static void m_CaptionLangChangeCb(keynode_t* pNode, void* pUserData);
     // The callback of a key that is only re-read into its field (size,
-    // font style, style, the colours, opacities and edge settings).
+    // font style, style, the colours, opacities and edge settings); the
+    // named callbacks below are its instances.
     template <const char* const* kKey, int32_t TTMLMenuOption::*kField>
     static void m_CaptionOptionCb(keynode_t* pNode, void* pUserData);
+    using KeyCallback = void (*)(keynode_t*, void*);
+    static const KeyCallback m_CaptionSizeCb, m_CaptionFontStyleCb, m_CaptionStyleCb, m_CaptionFontColorCb,
+        m_CaptionBgColorCb, m_CaptionFontOpacityCb, m_CaptionBgOpacityCb, m_CaptionWindowColorCb,
+        m_CaptionWindowOpacityCb, m_CaptionEdgeColorCb, m_CaptionEdgeTypeCb;
     static void m_CaptionDivisionModeCb(keynode_t* pNode, void* pUserData);
     static void m_CCInfoBannerKeyUpdateCb(keynode_t* pNode, void* pUserData);
     static void m_SignLanguageZoomCb(keynode_t* pNode, void* pUserData);

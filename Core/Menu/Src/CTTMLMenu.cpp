@@ -168,21 +168,37 @@ void CTTMLMenu::m_CaptionOptionCb(keynode_t* pNode, void* pUserData)
     m_OnKey(pNode, pUserData, *kKey, kField);
 }
 
+using Menu = TTMLMenuOption;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionSizeCb = m_CaptionOptionCb<&kKeySize, &Menu::size>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontStyleCb = m_CaptionOptionCb<&kKeyFontStyle, &Menu::fontStyle>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionStyleCb = m_CaptionOptionCb<&kKeyStyle, &Menu::Style>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontColorCb = m_CaptionOptionCb<&kKeyFontColor, &Menu::fontColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionBgColorCb = m_CaptionOptionCb<&kKeyBgColor, &Menu::bgColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionWindowColorCb =
+    m_CaptionOptionCb<&kKeyWindowColor, &Menu::windowColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontOpacityCb =
+    m_CaptionOptionCb<&kKeyFontOpacity, &Menu::fontOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionBgOpacityCb = m_CaptionOptionCb<&kKeyBgOpacity, &Menu::bgOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionWindowOpacityCb =
+    m_CaptionOptionCb<&kKeyWindowOpacity, &Menu::windowOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionEdgeTypeCb = m_CaptionOptionCb<&kKeyEdgeType, &Menu::edgeType>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionEdgeColorCb = m_CaptionOptionCb<&kKeyEdgeColor, &Menu::edgeColor>;
+
 // Every caption key with the callback that mirrors it.
 const CTTMLMenu::KeyWatch CTTMLMenu::m_keyWatches[16] = {
     {kKeyStatus, m_CaptionStatusCb},
     {kKeyLang, m_CaptionLangChangeCb},
-    {kKeySize, m_CaptionOptionCb<&kKeySize, &TTMLMenuOption::size>},
-    {kKeyFontStyle, m_CaptionOptionCb<&kKeyFontStyle, &TTMLMenuOption::fontStyle>},
-    {kKeyStyle, m_CaptionOptionCb<&kKeyStyle, &TTMLMenuOption::Style>},
-    {kKeyFontColor, m_CaptionOptionCb<&kKeyFontColor, &TTMLMenuOption::fontColor>},
-    {kKeyBgColor, m_CaptionOptionCb<&kKeyBgColor, &TTMLMenuOption::bgColor>},
-    {kKeyWindowColor, m_CaptionOptionCb<&kKeyWindowColor, &TTMLMenuOption::windowColor>},
-    {kKeyFontOpacity, m_CaptionOptionCb<&kKeyFontOpacity, &TTMLMenuOption::fontOpacity>},
-    {kKeyBgOpacity, m_CaptionOptionCb<&kKeyBgOpacity, &TTMLMenuOption::bgOpacity>},
-    {kKeyWindowOpacity, m_CaptionOptionCb<&kKeyWindowOpacity, &TTMLMenuOption::windowOpacity>},
-    {kKeyEdgeType, m_CaptionOptionCb<&kKeyEdgeType, &TTMLMenuOption::edgeType>},
-    {kKeyEdgeColor, m_CaptionOptionCb<&kKeyEdgeColor, &TTMLMenuOption::edgeColor>},
+    {kKeySize, m_CaptionSizeCb},
+    {kKeyFontStyle, m_CaptionFontStyleCb},
+    {kKeyStyle, m_CaptionStyleCb},
+    {kKeyFontColor, m_CaptionFontColorCb},
+    {kKeyBgColor, m_CaptionBgColorCb},
+    {kKeyWindowColor, m_CaptionWindowColorCb},
+    {kKeyFontOpacity, m_CaptionFontOpacityCb},
+    {kKeyBgOpacity, m_CaptionBgOpacityCb},
+    {kKeyWindowOpacity, m_CaptionWindowOpacityCb},
+    {kKeyEdgeType, m_CaptionEdgeTypeCb},
+    {kKeyEdgeColor, m_CaptionEdgeColorCb},
     {kKeyDivisionMode, m_CaptionDivisionModeCb},
     {kKeyInfoBanner, m_CCInfoBannerKeyUpdateCb},
     {kKeySignLang, m_SignLanguageZoomCb},

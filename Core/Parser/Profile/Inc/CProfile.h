@@ -174,6 +174,10 @@ protected:
     CAgentInfo* t_pAgentInfo = nullptr;            // owned
     CStyleRegionInfo* t_pStyleRegionInfo = nullptr;  // owned
     CSubtitleInfo* t_pSubtitleInfo = nullptr;      // current document, not owned
+    // The warnings of the paragraph and span handlers for a null node,
+    // element or parent: each profile words its own.
+    const char* t_pNullParagraphWarning = "pXmlNode or pCElement is NULL";
+    const char* t_pNullSpanWarning = "pXmlNode or pCElement or pParent is NULL";
 
 private:
     TCheckedTime m_checkedTimes[2];  // begin, end

@@ -421,7 +421,7 @@ int CProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElement
 int CProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
 {
     if (!node || !element) {
-        TTML_WARN("pXmlNode or pCElement is NULL");
+        TTML_WARN("%s", t_pNullParagraphWarning);
         return ERR_NULL_POINTER;
     }
     int result = t_InheritAndParseAttributes(node, parent, element);
@@ -469,7 +469,7 @@ int CProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElemen
 {
     TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
     if (!node || !element || !parent) {
-        TTML_WARN("pXmlNode or pCElement or pParent is NULL");
+        TTML_WARN("%s", t_pNullSpanWarning);
         return ERR_NULL_POINTER;
     }
     int result = t_InheritAndParseAttributes(node, parent, element);

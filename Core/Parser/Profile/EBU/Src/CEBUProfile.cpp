@@ -25,6 +25,10 @@ CAttrHandler* CEBUProfile::t_CreateAttrHandler()
 
 int CEBUProfile::t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element)
 {
+    if (!node || !element) {
+        TTML_WARN("pNode or pCElement is Null");
+        return ERR_NULL_POINTER;
+    }
     int result = CProfile::t_HandleMetaDataElement(node, element);
     if (result != ERR_NONE)
         return result;

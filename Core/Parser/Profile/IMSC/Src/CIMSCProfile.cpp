@@ -44,6 +44,8 @@ std::string FromMs(unsigned long long value)
 
 CIMSCProfile::CIMSCProfile()
 {
+    t_pNullParagraphWarning = "NULL pointer";
+    t_pNullSpanWarning = "NULL pointer";
     TTML_INFO("Construction done");
 }
 
