@@ -1,5 +1,6 @@
 // The generic walk as the EBU-TT-D profile drives it: inputs, attribute
-// precedence, references, text handling, parent links and failure spread.
+// precedence, references, text handling, parent links, failure spread and
+// the nesting limit.
 
 #include "LogCapture.h"
 #include "ProfileWalk.h"
@@ -8,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <utility>
 
 namespace {
 
@@ -18,7 +18,7 @@ using WalkTest::Doc;
 using WalkTest::Para;
 using WalkTest::Walk;
 
-TEST(WalkerInput, UninitialisedProfileNullOrIncompleteRecordIsRefused)
+TEST(WalkerInput, RefusesWhatItCannotWalkAndForgetsTheLastDocument)
 {
     LogCapture log;
     WalkTest::TestProfile profile;
@@ -31,51 +31,31 @@ TEST(WalkerInput, UninitialisedProfileNullOrIncompleteRecordIsRefused)
     EXPECT_TRUE(log.Has("NULL pointer found"));
 
     ASSERT_TRUE(profile.Initialize());
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(nullptr));
-    CProfile::TTMLProfileData noInfo;
+    CProfile::TTMLProfileData noInfo, noReader;
     noInfo.pXmlParser = &reader;
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noInfo));
-    CProfile::TTMLProfileData noReader;
     noReader.pSubtitleInfo = &info;
-    EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(&noReader));
+    for (CProfile::TTMLProfileData* bad : {static_cast<CProfile::TTMLProfileData*>(nullptr), &noInfo, &noReader})
+        EXPECT_EQ(ERR_NULL_POINTER, profile.ProcessSubtitles(bad));
     EXPECT_EQ(3, log.Count("Invalid parameters"));
-
     // An empty reader has no root.
     EXPECT_EQ(ERR_INVALID, profile.ProcessSubtitles(&data));
     EXPECT_TRUE(log.Has("Root element not found"));
-    profile.Destroy();
-}
 
-TEST(WalkerInput, InitializeTwiceAndDestroyTwiceWarn)
-{
-    LogCapture log;
-    WalkTest::TestProfile profile;
-    EXPECT_TRUE(profile.Initialize());
     EXPECT_FALSE(profile.Initialize());
     EXPECT_TRUE(log.Has("CProfile is already initialized, returning false."));
-    profile.SetProfile(2);
-    EXPECT_EQ(2, profile.GetProfile());
-    profile.Destroy();
-    profile.Destroy();
-    EXPECT_TRUE(log.Has("CProfile is already destroyed, returning false."));
-}
-
-TEST(WalkerInput, ResetForgetsTheFormerDocumentsRegions)
-{
-    WalkTest::TestProfile profile;
-    ASSERT_TRUE(profile.Initialize());
+    // The second document declares no region: the first one's must be gone.
     EXPECT_EQ(ERR_NONE, WalkTest::WalkAndReset(profile, Doc(Para("<span>a</span>"))));
-    const std::string noRegion = Doc("<div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">a</p></div>", "", "");
-    EXPECT_EQ(ERR_INVALID, WalkTest::WalkAndReset(profile, noRegion));
+    EXPECT_EQ(ERR_INVALID, WalkTest::WalkAndReset(profile, Doc("<div><p begin=\"00:00:01.000\" end=\"00:00:02.000\">a"
+                                                               "</p></div>", "", "")));
     profile.Destroy();
 }
 
-// Which colour the text of a paragraph ends up with.
+// Which colour the text of a paragraph (in div region r1) ends up with.
+// Styles s1 #111111 and s2 #222222, region r2 #333333.
 struct PrecedenceCase {
     const char* name;
-    const char* styling;
-    const char* layout;  // in addition to r1
-    const char* body;
+    const char* divAttrs;
+    const char* pAttrs;
     const char* expected;
     bool unknownReference;
 };
@@ -86,70 +66,38 @@ TEST_P(Precedence, TextTakesTheWinningColour)
 {
     const auto& c = GetParam();
     LogCapture log;
-    Walk w(Doc(c.body, c.styling, std::string(WalkTest::kRegion) + c.layout));
+    Walk w(Doc("<div region=\"r1\" " + std::string(c.divAttrs) + "><p begin=\"00:00:01.000\" end=\"00:00:02.000\" " +
+                   c.pAttrs + ">x</p></div>",
+               "<style xml:id=\"s1\" tts:color=\"#111111\"/><style xml:id=\"s2\" tts:color=\"#222222\"/>",
+               std::string(WalkTest::kRegion) + "<region xml:id=\"r2\" tts:color=\"#333333\"/>"));
     ASSERT_EQ(ERR_NONE, w.result) << log.Dump();
     EXPECT_EQ(c.expected, Attr(w.Text("x"), ATTR_COLOR));
     EXPECT_EQ(c.unknownReference, log.Has("Referenced element not found"));
 }
 
-const char* const kTwoStyles =
-    "<style xml:id=\"s1\" tts:color=\"#111111\"/><style xml:id=\"s2\" tts:color=\"#222222\"/>";
+const PrecedenceCase kPrecedence[] = {
+    {"NothingSet", "", "", "<absent>", false},
+    {"InheritedFromDiv", "tts:color=\"#aaaaaa\"", "", "#aaaaaa", false},
+    {"ReferencedBeatsInherited", "tts:color=\"#aaaaaa\"", "style=\"s1\"", "#111111", false},
+    {"OwnBeatsReferenced", "tts:color=\"#aaaaaa\"", "style=\"s1\" tts:color=\"#bbbbbb\"", "#bbbbbb", false},
+    {"DivOwnBeatsDivStyle", "style=\"s2\" tts:color=\"#cccccc\"", "style=\"nope\"", "#cccccc", true},
+    {"LaterStyleWins", "", "style=\"s1 s2\"", "#222222", false},
+    {"OrderOfReferenceNotOfDefinition", "", "style=\"s2 s1\"", "#111111", false},
+    // The id list is split like StrSplit: ends trimmed, single spaces
+    // separate, so a double space makes an empty (unknown) id.
+    {"BlanksAroundIdListTrimmed", "", "style=\" \t s1 s2\n \"", "#222222", false},
+    {"DoubleSpaceIsAnEmptyId", "", "style=\"s2  s1\"", "#111111", true},
+    {"TabDoesNotSeparateIds", "", "style=\"s1&#9;s2\"", "<absent>", true},
+    {"RegionAttributesReferenced", "", "region=\"r2\"", "#333333", false},
+    {"StyleBeatsRegion", "", "region=\"r2\" style=\"s1\"", "#111111", false},
+};
 
-INSTANTIATE_TEST_SUITE_P(
-    Walker, Precedence,
-    ::testing::Values(
-        PrecedenceCase{"NothingSet", "", "", "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "<absent>", false},
-        PrecedenceCase{"InheritedFromDiv", "", "",
-                       "<div region=\"r1\" tts:color=\"#aaaaaa\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#aaaaaa", false},
-        PrecedenceCase{"ReferencedBeatsInherited", kTwoStyles, "",
-                       "<div region=\"r1\" tts:color=\"#aaaaaa\"><p style=\"s1\" begin=\"00:00:01.000\" "
-                       "end=\"00:00:02.000\">x</p></div>",
-                       "#111111", false},
-        PrecedenceCase{"OwnBeatsReferenced", kTwoStyles, "",
-                       "<div region=\"r1\" tts:color=\"#aaaaaa\"><p style=\"s1\" tts:color=\"#bbbbbb\" "
-                       "begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#bbbbbb", false},
-        PrecedenceCase{"DivOwnBeatsDivStyle", kTwoStyles, "",
-                       "<div region=\"r1\" style=\"s2\" tts:color=\"#cccccc\"><p begin=\"00:00:01.000\" "
-                       "end=\"00:00:02.000\">x</p></div>",
-                       "#cccccc", false},
-        PrecedenceCase{"LaterStyleWins", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\"s1 s2\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#222222", false},
-        PrecedenceCase{"OrderOfReferenceNotOfDefinition", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\"s2 s1\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#111111", false},
-        PrecedenceCase{"UnknownIdSkipped", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\"s1 nope\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#111111", true},
-        // The id list is split like StrSplit: ends trimmed, single spaces
-        // separate, so a double space makes an empty (unknown) id.
-        PrecedenceCase{"BlanksAroundIdListTrimmed", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\" \t s1 s2\n \" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#222222", false},
-        PrecedenceCase{"DoubleSpaceIsAnEmptyId", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\"s2  s1\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#111111", true},
-        PrecedenceCase{"TabDoesNotSeparateIds", kTwoStyles, "",
-                       "<div region=\"r1\"><p style=\"s1&#9;s2\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "<absent>", true},
-        PrecedenceCase{"RegionAttributesReferenced", "", "<region xml:id=\"r2\" tts:color=\"#333333\"/>",
-                       "<div region=\"r2\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>", "#333333",
-                       false},
-        PrecedenceCase{"StyleBeatsRegion", kTwoStyles, "<region xml:id=\"r2\" tts:color=\"#333333\"/>",
-                       "<div><p region=\"r2\" style=\"s1\" begin=\"00:00:01.000\" end=\"00:00:02.000\">x</p></div>",
-                       "#111111", false},
-        PrecedenceCase{"SpanOwnBeatsParagraph", "", "",
-                       "<div region=\"r1\"><p tts:color=\"#aaaaaa\" begin=\"00:00:01.000\" end=\"00:00:02.000\">"
-                       "<span tts:color=\"#dddddd\">x</span></p></div>",
-                       "#dddddd", false}),
-    TTMLTest::RowName());
+INSTANTIATE_TEST_SUITE_P(Walker, Precedence, ::testing::ValuesIn(kPrecedence), TTMLTest::RowName());
 
 TEST(WalkerBody, InheritsOnlyLangAndSpaceFromTheRoot)
 {
-    Walk w(Doc(Para("x"), "", WalkTest::kRegion, "xml:lang=\"de\" xml:space=\"preserve\" tts:color=\"#ff0000\""));
+    Walk w(Doc(Para("x"), "", WalkTest::kRegion,
+               "xml:lang=\"de\" xml:space=\"preserve\" tts:color=\"#ff0000\" ttp:cellResolution=\"50 30\""));
     ASSERT_EQ(ERR_NONE, w.result);
     auto text = w.Text("x");
     EXPECT_EQ("de", Attr(text, ATTR_LANG));
@@ -158,24 +106,15 @@ TEST(WalkerBody, InheritsOnlyLangAndSpaceFromTheRoot)
     // ... but the profile defaults.
     EXPECT_EQ("100%", Attr(text, ATTR_FONTSIZE));
     EXPECT_EQ("always", Attr(text, ATTR_SHOWBACKGROUND));
+    // The root's parameters reach the document.
+    EXPECT_EQ("50 30", w.info.GetCellResolution());
+    EXPECT_EQ("media", w.info.GetTimeBase());
 
     Walk bare(Doc(Para("x")));
     ASSERT_EQ(ERR_NONE, bare.result);
     EXPECT_EQ("<absent>", Attr(bare.Text("x"), ATTR_LANG));
     EXPECT_EQ("<absent>", Attr(bare.Text("x"), ATTR_SPACE));
-}
-
-TEST(WalkerBody, RootCellResolutionAndTimeBaseReachTheDocument)
-{
-    Walk plain(Doc(Para("x")));
-    ASSERT_EQ(ERR_NONE, plain.result);
-    EXPECT_EQ("32 15", plain.info.GetCellResolution());
-    EXPECT_EQ("media", plain.info.GetTimeBase());
-
-    Walk set(Doc(Para("x"), "", WalkTest::kRegion, "ttp:cellResolution=\"50 30\" ttp:timeBase=\"MEDIA\""));
-    ASSERT_EQ(ERR_NONE, set.result);
-    EXPECT_EQ("50 30", set.info.GetCellResolution());
-    EXPECT_EQ("media", set.info.GetTimeBase());
+    EXPECT_EQ("32 15", bare.info.GetCellResolution());
 }
 
 // Background colours: a region's fills the region, a paragraph's its lines.
@@ -184,9 +123,7 @@ struct BackgroundCase {
     const char* styling;
     const char* layout;
     const char* pAttrs;
-    const char* regionBg;   // of the registered region r1
-    const char* textRegionBg;
-    const char* textParaBg;
+    const char* expected;  // region r1's, then the text's region and paragraph backgrounds
 };
 
 class Background : public ::testing::TestWithParam<BackgroundCase> {};
@@ -199,29 +136,27 @@ TEST_P(Background, IsRenamedByWhereItIsSet)
                c.styling, c.layout));
     ASSERT_EQ(ERR_NONE, w.result);
     auto region = w.profile.Registry()->GetRegion("r1");
-    ASSERT_TRUE(region);
-    EXPECT_EQ(c.regionBg, Attr(region, ATTR_REGIONBACKGROUNDCOLOR));
-    EXPECT_EQ("<absent>", Attr(region, ATTR_BACKGROUNDCOLOR));
-
     auto text = w.Text("x");
-    EXPECT_EQ(c.textRegionBg, Attr(text, ATTR_REGIONBACKGROUNDCOLOR));
-    EXPECT_EQ(c.textParaBg, Attr(text, ATTR_PARABACKGROUNDCOLOR));
-    ASSERT_TRUE(text->GetParent());
+    ASSERT_TRUE(region && text && text->GetParent());
+    EXPECT_EQ(c.expected, Attr(region, ATTR_REGIONBACKGROUNDCOLOR) + " " + Attr(text, ATTR_REGIONBACKGROUNDCOLOR) +
+                              " " + Attr(text, ATTR_PARABACKGROUNDCOLOR));
+    // Neither keeps a plain background that the text lines would inherit.
+    EXPECT_EQ("<absent>", Attr(region, ATTR_BACKGROUNDCOLOR));
     EXPECT_EQ("<absent>", Attr(text->GetParent(), ATTR_BACKGROUNDCOLOR));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Walker, Background,
-    ::testing::Values(
-        BackgroundCase{"RegionOwn", "", "<region xml:id=\"r1\" tts:backgroundColor=\"#ff0000ff\"/>", "",
-                       "#ff0000ff", "#ff0000ff", "#00000000"},
-        BackgroundCase{"RegionByStyle", "<style xml:id=\"s\" tts:backgroundColor=\"#00ff00ff\"/>",
-                       "<region xml:id=\"r1\" style=\"s\"/>", "", "#00ff00ff", "#00ff00ff", "#00000000"},
-        BackgroundCase{"Paragraph", "", "<region xml:id=\"r1\"/>", "tts:backgroundColor=\"#0000ffff\"", "<absent>",
-                       "#00000000", "#0000ffff"},
-        BackgroundCase{"Both", "", "<region xml:id=\"r1\" tts:backgroundColor=\"#ff0000ff\"/>",
-                       "tts:backgroundColor=\"#0000ffff\"", "#ff0000ff", "#ff0000ff", "#0000ffff"}),
-    TTMLTest::RowName());
+const char* const kRedRegion = "<region xml:id=\"r1\" tts:backgroundColor=\"#ff0000ff\"/>";
+const char* const kBluePara = "tts:backgroundColor=\"#0000ffff\"";
+
+const BackgroundCase kBackgrounds[] = {
+    {"RegionOwn", "", kRedRegion, "", "#ff0000ff #ff0000ff #00000000"},
+    {"RegionByStyle", "<style xml:id=\"s\" tts:backgroundColor=\"#00ff00ff\"/>", "<region xml:id=\"r1\" style=\"s\"/>",
+     "", "#00ff00ff #00ff00ff #00000000"},
+    {"Paragraph", "", "<region xml:id=\"r1\"/>", kBluePara, "<absent> #00000000 #0000ffff"},
+    {"Both", "", kRedRegion, kBluePara, "#ff0000ff #ff0000ff #0000ffff"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Walker, Background, ::testing::ValuesIn(kBackgrounds), TTMLTest::RowName());
 
 struct WhiteSpaceCase {
     const char* name;
@@ -238,115 +173,69 @@ TEST_P(WhiteSpace, Normalises)
     EXPECT_EQ(GetParam().out, text);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Walker, WhiteSpace,
-    ::testing::Values(WhiteSpaceCase{"LineFeedAndSpacesBefore", "\n   Hello", "Hello"},
-                      WhiteSpaceCase{"SingleEdgeSpacesKept", " Hello ", " Hello "},
-                      WhiteSpaceCase{"SingleInnerSpaceKept", "a b", "a b"},
-                      WhiteSpaceCase{"DoubleSpace", "a  b", "a b"},
-                      WhiteSpaceCase{"TabRun", "a\t\tb", "a b"},
-                      WhiteSpaceCase{"MixedControls", "a\r\n\tb", "a b"},
-                      WhiteSpaceCase{"SingleLineFeedTrimsEdges", " a\nb ", "a b"},
-                      WhiteSpaceCase{"OnlyWhiteSpace", " \n ", ""},
-                      WhiteSpaceCase{"SpacesAroundLineFeed", "a \n b", "a b"},
-                      WhiteSpaceCase{"TrailingTab", "a b\t", "a b"},
-                      WhiteSpaceCase{"TwoSpacesOnly", "  ", ""},
-                      WhiteSpaceCase{"UnicodeKept", "na\xc3\xafve  caf\xc3\xa9", "na\xc3\xafve caf\xc3\xa9"},
-                      WhiteSpaceCase{"Empty", "", ""}),
-    TTMLTest::RowName());
-
-TEST(WalkerText, SpaceDecidesNormalisingAndEscapesStay)
-{
-    Walk w(Doc(Para("<span>\n   Hello</span><span xml:space=\"preserve\">\n   World</span><span>a &lt; b</span>")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    EXPECT_TRUE(w.Text("Hello"));
-    EXPECT_TRUE(w.Text("\n   World"));
-    EXPECT_TRUE(w.Text("a &lt; b"));
-}
-
-// An empty span is timed only when it shows its background always.
-struct EmptySpanCase {
-    const char* name;
-    const char* spanAttrs;
-    bool timed;
-    bool warned;
+const WhiteSpaceCase kWhiteSpace[] = {
+    {"LineFeedAndSpacesBefore", "\n   Hello", "Hello"}, {"SingleEdgeSpacesKept", " Hello ", " Hello "},
+    {"DoubleSpace", "a  b", "a b"},                     {"MixedControls", "a\r\n\tb", "a b"},
+    {"SingleLineFeedTrimsEdges", " a\nb ", "a b"},      {"SpacesAroundLineFeed", "a \n b", "a b"},
+    {"TrailingTab", "a b\t", "a b"},                    {"OnlyWhiteSpace", " \n ", ""},
+    {"TwoSpacesOnly", "  ", ""},                        {"Empty", "", ""},
+    {"UnicodeKept", "na\xc3\xafve  caf\xc3\xa9", "na\xc3\xafve caf\xc3\xa9"},
 };
 
-class EmptySpan : public ::testing::TestWithParam<EmptySpanCase> {};
+INSTANTIATE_TEST_SUITE_P(Walker, WhiteSpace, ::testing::ValuesIn(kWhiteSpace), TTMLTest::RowName());
 
-TEST_P(EmptySpan, IsTimedOnlyWithBackgroundAlways)
+// The texts of one paragraph (1 s to 2 s) as timed elements, in order:
+// "text@begin-end", '+' for the last child; line breaks are "\n" texts.
+struct TextCase {
+    const char* name;
+    const char* paragraph;
+    const char* timed;
+    const char* warning;  // logged, or empty
+};
+
+class WalkerText : public ::testing::TestWithParam<TextCase> {};
+
+TEST_P(WalkerText, TimesTheParagraphsTexts)
 {
     const auto& c = GetParam();
     LogCapture log;
-    Walk w(Doc(Para("<span>x</span><span " + std::string(c.spanAttrs) + "></span>")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    auto empty = w.Text("");
-    EXPECT_EQ(c.timed, empty != nullptr);
-    if (empty) {
-        EXPECT_EQ(1000u, w.TimedElements().back().begin);
-        EXPECT_EQ(2000u, w.TimedElements().back().end);
-    }
-    EXPECT_EQ(c.warned, log.Has("Empty Span found with BG as when active"));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Walker, EmptySpan,
-    ::testing::Values(EmptySpanCase{"DefaultAlways", "", true, false},
-                      EmptySpanCase{"Always", "tts:showBackground=\"always\"", true, false},
-                      EmptySpanCase{"WhenActive", "tts:showBackground=\"whenActive\"", false, true}),
-    TTMLTest::RowName());
-
-TEST(WalkerText, LineBreakIsALineFeedWithItsParagraphTimes)
-{
-    Walk w(Doc("<div region=\"r1\"><p begin=\"00:00:03.000\" end=\"00:00:04.000\">a<br/>"
-               "<span begin=\"00:00:03.500\">b<br/>c</span></p></div>"));
-    ASSERT_EQ(ERR_NONE, w.result);
-    std::vector<WalkTest::Timed> breaks;
+    Walk w(Doc(Para(c.paragraph)));
+    ASSERT_EQ(ERR_NONE, w.result) << log.Dump();
+    std::string timed;
     for (const auto& t : w.TimedElements()) {
-        if (t.element->GetType() == ELEM_BR)
-            breaks.push_back(t);
+        // However deep the spans, every text's parent is the paragraph.
+        ASSERT_TRUE(t.element->GetParent());
+        EXPECT_EQ(ELEM_P, t.element->GetParent()->GetType());
+        timed += (timed.empty() ? "" : " ") + Attr(t.element, ATTR_TEXT) + "@" + std::to_string(t.begin) + "-" +
+                 std::to_string(t.end) + (t.element->GetLastChild() ? "+" : "");
     }
-    ASSERT_EQ(2u, breaks.size());
-    EXPECT_EQ("\n", Attr(breaks[0].element, ATTR_TEXT));
-    EXPECT_EQ(3000u, breaks[0].begin);
-    EXPECT_EQ(4000u, breaks[0].end);
-    // Inside the span the break takes the span's begin.
-    EXPECT_EQ(3500u, breaks[1].begin);
-    for (const auto& b : breaks) {
-        ASSERT_TRUE(b.element->GetParent());
-        EXPECT_EQ(ELEM_P, b.element->GetParent()->GetType());
+    EXPECT_EQ(c.timed, timed);
+    if (*c.warning) {
+        EXPECT_TRUE(log.Has(c.warning)) << log.Dump();
     }
 }
 
-TEST(WalkerText, NestedSpansHaveTheParagraphAsParent)
-{
-    Walk w(Doc(Para("<span>a<span>b<span tts:color=\"#123456\">c</span></span></span>")));
-    ASSERT_EQ(ERR_NONE, w.result);
-    for (const char* t : {"a", "b", "c"}) {
-        auto e = w.Text(t);
-        ASSERT_TRUE(e) << t;
-        ASSERT_TRUE(e->GetParent()) << t;
-        EXPECT_EQ(ELEM_P, e->GetParent()->GetType()) << t;
-    }
-    EXPECT_EQ("#123456", Attr(w.Text("c"), ATTR_COLOR));
-    EXPECT_EQ("<absent>", Attr(w.Text("b"), ATTR_COLOR));
-}
+const TextCase kTexts[] = {
+    {"OnlyText", "only", "only@1000-2000+", ""},
+    {"SpaceDecidesNormalisingAndEscapesStay",
+     "<span>\n   Hello</span><span xml:space=\"preserve\">\n   World</span><span>a &lt; b</span>",
+     "Hello@1000-2000 \n   World@1000-2000 a &lt; b@1000-2000+", ""},
+    // Inside a span the break takes the span's begin.
+    {"LineBreaksAndTheLastChildOfTheLastSpan", "<span>a</span><br/><span begin=\"00:00:01.500\">b<br/>c</span>",
+     "a@1000-2000 \n@1000-2000 b@1500-2000 \n@1500-2000 c@1500-2000+", ""},
+    // A nested span is marked last only once its own texts are walked.
+    // A child's own times replace its parent's, with no offset added.
+    {"SpanTimesReplaceTheParagraphs", "a<span begin=\"00:00:01.200\" end=\"00:00:01.300\">b</span>",
+     "a@1000-2000 b@1200-1300+", ""},
+    {"NestedSpans", "<span>a<span>b<span>c</span></span></span>", "a@1000-2000 b@1000-2000 c@1000-2000", ""},
+    // An empty span is timed only when it shows its background always.
+    {"EmptySpanDefaultAlways", "<span>x</span><span></span>", "x@1000-2000 @1000-2000+", ""},
+    {"EmptySpanAlways", "<span>x</span><span tts:showBackground=\"always\"></span>", "x@1000-2000 @1000-2000+", ""},
+    {"EmptySpanWhenActive", "<span>x</span><span tts:showBackground=\"whenActive\"></span>", "x@1000-2000",
+     "Empty Span found with BG as when active"},
+};
 
-TEST(WalkerText, LastChildOfTheLastSpanIsMarked)
-{
-    const std::pair<const char*, const char*> cases[] = {{"<span>a</span><span>b<br/>c</span>", "a- b- br- c+ "},
-                                                         {"only", "only+ "}};
-    for (const auto& c : cases) {
-        Walk w(Doc(Para(c.first)));
-        ASSERT_EQ(ERR_NONE, w.result);
-        std::string marks;
-        for (const auto& t : w.TimedElements()) {
-            const std::string text = Attr(t.element, ATTR_TEXT);
-            marks += (text == "\n" ? "br" : text) + (t.element->GetLastChild() ? "+ " : "- ");
-        }
-        EXPECT_EQ(c.second, marks);
-    }
-}
+INSTANTIATE_TEST_SUITE_P(Walker, WalkerText, ::testing::ValuesIn(kTexts), TTMLTest::RowName());
 
 TEST(WalkerFailure, FailingChildStopsTheWalkAndTheDocument)
 {
@@ -356,9 +245,8 @@ TEST(WalkerFailure, FailingChildStopsTheWalkAndTheDocument)
                "<p xml:id=\"\" begin=\"00:00:01.000\" end=\"00:00:02.000\">bad</p>"
                "<p begin=\"00:00:01.000\" end=\"00:00:02.000\">never</p></div>"));
     EXPECT_EQ(ERR_INVALID, w.result);
-    EXPECT_TRUE(log.Has("Error in parsing for node div; error code=5")) << log.Dump();
-    EXPECT_TRUE(log.Has("Error in parsing for node body; error code=5"));
-    EXPECT_TRUE(log.Has("Error in parsing for node tt; error code=5"));
+    for (const char* node : {"div", "body", "tt"})
+        EXPECT_TRUE(log.Has(std::string("Error in parsing for node ") + node + "; error code=5")) << log.Dump();
     // Nothing was split.
     EXPECT_TRUE(w.TimedElements().empty());
 }
@@ -374,17 +262,40 @@ TEST(WalkerTiming, SegmentStartRaisesEarlierBegins)
     EXPECT_EQ("6000", Attr(w.Text("late"), ATTR_BEGIN));
 }
 
-TEST(WalkerTiming, ChildTimesReplaceTheParentsWithoutOffset)
+// ---- Nesting limit: refused at the walker's limit instead of recursing on ----
+
+// `levels` nested divs around one paragraph, or nested spans inside it.
+std::string Nested(bool spans, int levels)
 {
-    Walk w(Doc("<div region=\"r1\" begin=\"00:00:10.000\" end=\"00:00:20.000\"><p>a"
-               "<span begin=\"00:00:12.000\" end=\"00:00:13.000\">b</span></p></div>"));
-    ASSERT_EQ(ERR_NONE, w.result);
-    auto timed = w.TimedElements();
-    ASSERT_EQ(2u, timed.size());
-    EXPECT_EQ(10000u, timed[0].begin);
-    EXPECT_EQ(20000u, timed[0].end);
-    EXPECT_EQ(12000u, timed[1].begin);
-    EXPECT_EQ(13000u, timed[1].end);
+    std::string open, close;
+    for (int i = 0; i < levels; ++i) {
+        open += spans ? "<span>" : "<div region=\"r1\">";
+        close += spans ? "</span>" : "</div>";
+    }
+    const std::string p = "<p begin=\"00:00:01.000\" end=\"00:00:02.000\">";
+    return Doc(spans ? "<div region=\"r1\">" + p + open + "deep" + close + "</p></div>" : open + p + "deep</p>" + close);
+}
+
+// tt, body and one div/p make the XML depth a few levels more than the
+// chain; the limit is 64, libxml2 itself stops at 256.
+TEST(WalkerDepth, RefusesOnlyBeyondTheLimitAndWalksOnAfterwards)
+{
+    for (bool spans : {false, true}) {
+        for (int levels : {58, 70}) {
+            LogCapture log;
+            Walk w(Nested(spans, levels));
+            const bool accepted = levels == 58;
+            EXPECT_EQ(accepted ? ERR_NONE : ERR_INVALID, w.result) << spans;
+            EXPECT_EQ(accepted, w.Text("deep") != nullptr) << spans;
+            // One refusal, not one per level.
+            EXPECT_EQ(accepted ? 0 : 1, log.Count("Document nesting deeper than 64 levels; refusing it")) << spans;
+        }
+    }
+    WalkTest::TestProfile profile;
+    ASSERT_TRUE(profile.Initialize());
+    EXPECT_EQ(ERR_INVALID, WalkTest::WalkAndReset(profile, Nested(true, 100)));
+    EXPECT_EQ(ERR_NONE, WalkTest::WalkAndReset(profile, Nested(true, 10)));
+    profile.Destroy();
 }
 
 }  // namespace

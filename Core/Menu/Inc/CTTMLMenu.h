@@ -87,17 +87,15 @@ private:
 
     static void m_CaptionStatusCb(keynode_t* pNode, void* pUserData);
     static void m_CaptionLangChangeCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionSizeCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionFontStyleCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionStyleCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionFontColorCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionBgColorCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionWindowColorCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionFontOpacityCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionBgOpacityCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionWindowOpacityCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionEdgeTypeCb(keynode_t* pNode, void* pUserData);
-    static void m_CaptionEdgeColorCb(keynode_t* pNode, void* pUserData);
+    // The callback of a key that is only re-read into its field (size,
+    // font style, style, the colours, opacities and edge settings); the
+    // named callbacks below are its instances.
+    template <const char* const* kKey, int32_t TTMLMenuOption::*kField>
+    static void m_CaptionOptionCb(keynode_t* pNode, void* pUserData);
+    using KeyCallback = void (*)(keynode_t*, void*);
+    static const KeyCallback m_CaptionSizeCb, m_CaptionFontStyleCb, m_CaptionStyleCb, m_CaptionFontColorCb,
+        m_CaptionBgColorCb, m_CaptionFontOpacityCb, m_CaptionBgOpacityCb, m_CaptionWindowColorCb,
+        m_CaptionWindowOpacityCb, m_CaptionEdgeColorCb, m_CaptionEdgeTypeCb;
     static void m_CaptionDivisionModeCb(keynode_t* pNode, void* pUserData);
     static void m_CCInfoBannerKeyUpdateCb(keynode_t* pNode, void* pUserData);
     static void m_SignLanguageZoomCb(keynode_t* pNode, void* pUserData);

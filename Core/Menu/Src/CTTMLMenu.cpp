@@ -162,6 +162,28 @@ bool CTTMLMenu::ReadMenuData()
     return m_GetVconfInt(kKeySignLang, &d.signLang);
 }
 
+template <const char* const* kKey, int32_t TTMLMenuOption::*kField>
+void CTTMLMenu::m_CaptionOptionCb(keynode_t* pNode, void* pUserData)
+{
+    m_OnKey(pNode, pUserData, *kKey, kField);
+}
+
+using Menu = TTMLMenuOption;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionSizeCb = m_CaptionOptionCb<&kKeySize, &Menu::size>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontStyleCb = m_CaptionOptionCb<&kKeyFontStyle, &Menu::fontStyle>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionStyleCb = m_CaptionOptionCb<&kKeyStyle, &Menu::Style>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontColorCb = m_CaptionOptionCb<&kKeyFontColor, &Menu::fontColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionBgColorCb = m_CaptionOptionCb<&kKeyBgColor, &Menu::bgColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionWindowColorCb =
+    m_CaptionOptionCb<&kKeyWindowColor, &Menu::windowColor>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionFontOpacityCb =
+    m_CaptionOptionCb<&kKeyFontOpacity, &Menu::fontOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionBgOpacityCb = m_CaptionOptionCb<&kKeyBgOpacity, &Menu::bgOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionWindowOpacityCb =
+    m_CaptionOptionCb<&kKeyWindowOpacity, &Menu::windowOpacity>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionEdgeTypeCb = m_CaptionOptionCb<&kKeyEdgeType, &Menu::edgeType>;
+const CTTMLMenu::KeyCallback CTTMLMenu::m_CaptionEdgeColorCb = m_CaptionOptionCb<&kKeyEdgeColor, &Menu::edgeColor>;
+
 // Every caption key with the callback that mirrors it.
 const CTTMLMenu::KeyWatch CTTMLMenu::m_keyWatches[16] = {
     {kKeyStatus, m_CaptionStatusCb},
@@ -251,61 +273,6 @@ void CTTMLMenu::m_CaptionStatusCb(keynode_t* pNode, void* pUserData)
     const bool read = pMenu->m_GetVconfInt(kKeyStatus, &pMenu->m_menuData.status);
     TTML_INFO("name:[%s] type:[%d] value:[%d] vconfGetInt:[%d]", vconf_keynode_get_name(pNode),
               vconf_keynode_get_type(pNode), vconf_keynode_get_int(pNode), read);
-}
-
-void CTTMLMenu::m_CaptionSizeCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeySize, &TTMLMenuOption::size);
-}
-
-void CTTMLMenu::m_CaptionFontStyleCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontStyle, &TTMLMenuOption::fontStyle);
-}
-
-void CTTMLMenu::m_CaptionStyleCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyStyle, &TTMLMenuOption::Style);
-}
-
-void CTTMLMenu::m_CaptionFontColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontColor, &TTMLMenuOption::fontColor);
-}
-
-void CTTMLMenu::m_CaptionBgColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyBgColor, &TTMLMenuOption::bgColor);
-}
-
-void CTTMLMenu::m_CaptionWindowColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyWindowColor, &TTMLMenuOption::windowColor);
-}
-
-void CTTMLMenu::m_CaptionFontOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyFontOpacity, &TTMLMenuOption::fontOpacity);
-}
-
-void CTTMLMenu::m_CaptionBgOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyBgOpacity, &TTMLMenuOption::bgOpacity);
-}
-
-void CTTMLMenu::m_CaptionWindowOpacityCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyWindowOpacity, &TTMLMenuOption::windowOpacity);
-}
-
-void CTTMLMenu::m_CaptionEdgeTypeCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyEdgeType, &TTMLMenuOption::edgeType);
-}
-
-void CTTMLMenu::m_CaptionEdgeColorCb(keynode_t* pNode, void* pUserData)
-{
-    m_OnKey(pNode, pUserData, kKeyEdgeColor, &TTMLMenuOption::edgeColor);
 }
 
 void CTTMLMenu::m_CaptionDivisionModeCb(keynode_t* pNode, void* pUserData)

@@ -4,9 +4,12 @@
 #include "CElement.h"
 #include "IXmlParser.h"
 #include "TTMLLimits.h"
+#include "TTMLLog.h"
 #include "TTMLTypes.h"
 
 #include <list>
+#include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -22,11 +25,13 @@ struct SubRawData;
 // Base of the document walkers: walks one TTML DOM, turns the elements it
 // keeps into CElements with validated attributes, resolves style and region
 // references, normalises text and fills a CSubtitleInfo, which it finally
-// splits into intervals. Subclasses add the paragraph, span and metadata
-// handlers and their timing rules by overriding the t_ operations.
+// splits into intervals. The walk, its dispatch and lifecycle are this
+// class's; a profile supplies its attribute handler and overrides only the
+// t_ operations where its rules differ (element class, timing, metadata,
+// what happens after the walk).
 // Handlers return TTMLErrorCode values: ERR_NONE walks the children,
 // ERR_SKIP_CHILDREN means the handler walked them itself (success),
-// ERR_NO_MATCH means the base dispatch has no handler, anything else fails.
+// anything else fails.
 // Threads: everything runs on the parser thread, except
 // OnErrorDownloadableFonts, which only reaches the handler's locked list.
 class CProfile {
@@ -53,11 +58,11 @@ public:
     CProfile(const CProfile&) = delete;
     CProfile& operator=(const CProfile&) = delete;
 
-    // Creates the element name table and the registries. False (with a
-    // warning) when already initialised. Subclasses also create and install
-    // their attribute handler.
+    // Creates the element name table, the registries and the profile's
+    // attribute handler, which becomes the one elements use. False (with a
+    // warning) when already initialised.
     virtual bool Initialize();
-    // Deletes registries, attribute handler and name table.
+    // Deletes registries, attribute handler and name table; forgets the reader.
     virtual void Destroy();
     // Walks one document into data->pSubtitleInfo and splits it. ERR_NONE,
     // or the failing code (ERR_NULL_POINTER for missing inputs, ERR_INVALID
@@ -73,21 +78,28 @@ public:
     virtual void OnErrorDownloadableFonts(const std::list<std::string>& fonts);
 
 protected:
-    // Shared by the profiles' Initialize and Reset: takes ownership of the
-    // profile's attribute handler and makes it the one elements use; empties
-    // the per-document registries and forgets the document.
-    void t_InstallAttrHandler(CAttrHandler* handler);
-    void t_ForgetDocument();
+    // The profile's attribute handler, made once by Initialize and owned here.
+    // Null only when allocation failed (fatal).
+    virtual CAttrHandler* t_CreateAttrHandler() = 0;
+    // An element of the profile's class; fatal when allocation fails.
+    virtual CElementSPTR t_CreateElementOfType(int type);
 
     // One XML level: creates the node's element, dispatches it and, on
     // ERR_NONE, walks its child elements. Refuses nodes beyond
     // kMaxNestingDepth. parent is empty for the root.
     virtual int t_ParseNode(XMLNODEPTR node, CElementSPTR& parent);
-    // Base dispatch: region, tt and br; ERR_NO_MATCH for other types.
+    // Dispatch by element type: tt, region, br, body, div, the metadata
+    // elements, p, span and style to their handlers; everything else, and a
+    // root, region or line break that failed, to t_HandleOtherElement.
     virtual int t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
+    // Elements without a handler (head, styling, layout, unknown names): not
+    // stored, their children walked. ERR_NONE.
+    virtual int t_HandleOtherElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
     // Appends the node's child elements (no text nodes) in document order.
     virtual void t_GetChildElementList(XMLNODEPTR node, CElementSPTR& element,
                                        std::vector<XMLNODEPTR>& list);
+    // Appends the child nodes, text included, of a p or span in document order.
+    virtual void t_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list);
     // Validates every attribute of node and stores the accepted ones.
     virtual int t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element);
     virtual int t_HandleTTElement(XMLNODEPTR node, CElementSPTR& element);
@@ -95,10 +107,23 @@ protected:
     virtual int t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
     virtual int t_HandleBodyElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
     virtual int t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
+    // Walks the paragraph's children itself: ERR_SKIP_CHILDREN on success. An
+    // empty paragraph that always shows its background gets an empty text run
+    // for its interval.
+    virtual int t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
+    // A span element or a text node: its text, or its child nodes through
+    // t_HandleSpanChildElement.
+    virtual int t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
+    // documentMetadata, metadata and documentEbuttVersion: attributes only.
+    virtual int t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element);
+    // The profile's timing rules for a div, p or span (or a span's text node)
+    // once its attributes are in. None here: times are absolute.
+    virtual int t_ApplyTimingRules(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
     // Marks element as last child when node has no following element or
     // text sibling. A null element is ignored.
     virtual void t_CheckLastSibling(XMLNODEPTR node, CElementSPTR& element);
     // Text nodes are ELEM_SPAN; unknown names ELEM_UNKNOWN. Empty for null.
+    // Made by t_CreateElementOfType.
     virtual CElementSPTR t_CreateElement(XMLNODEPTR node);
     virtual int t_HandleLineBreak(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
     // Copies the region, then the styles (in order) that node refers to.
@@ -119,6 +144,14 @@ protected:
 
     // documentEbuttVersion must be empty or "v1.0"; other types pass.
     bool t_ValidateCopyrightVersion(XMLNODEPTR node, CElementSPTR& element);
+    // The precedence of every content element: all of the parent's
+    // attributes, replaced by referenced ones, replaced by its own.
+    int t_InheritAndParseAttributes(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
+    // Moves a value from one attribute to another, if there is one.
+    static void t_RenameAttr(CElementSPTR& element, TTMLAttr from, TTMLAttr to);
+    // An element of class TElement, as t_CreateElementOfType makes them.
+    template <typename TElement>
+    static CElementSPTR t_MakeElement(int type);
     // Collapses line feed, carriage return, tab and space runs into single
     // spaces and trims, unless the text has none of them to collapse.
     static void t_RemoveExtraWhiteSpace(std::string& text);
@@ -141,12 +174,19 @@ protected:
     CAgentInfo* t_pAgentInfo = nullptr;            // owned
     CStyleRegionInfo* t_pStyleRegionInfo = nullptr;  // owned
     CSubtitleInfo* t_pSubtitleInfo = nullptr;      // current document, not owned
+    // The warnings of the paragraph and span handlers for a null node,
+    // element or parent: each profile words its own.
+    const char* t_pNullParagraphWarning = "pXmlNode or pCElement is NULL";
+    const char* t_pNullSpanWarning = "pXmlNode or pCElement or pParent is NULL";
 
 private:
     TCheckedTime m_checkedTimes[2];  // begin, end
 
     // Counts one nesting level for the lifetime of a scope.
     class DepthGuard;
+
+    // What Destroy and the destructor both release.
+    void m_Release();
 
     // False, with a warning naming the limit, when the document under root
     // (documentBytes long, as the reader read it) has more regions, styles or
@@ -165,6 +205,19 @@ private:
     std::string m_referenceValue;
     std::string m_referenceId;
 };
+
+template <typename TElement>
+CElementSPTR CProfile::t_MakeElement(int type)
+{
+    CElementSPTR element;
+    try {
+        element = std::make_shared<TElement>(type);
+    } catch (const std::bad_alloc& e) {
+        TTML_WARN("%s", e.what());
+    }
+    TTML_ASSERT(element);
+    return element;
+}
 
 }  // namespace TTML
 

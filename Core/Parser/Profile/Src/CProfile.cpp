@@ -34,7 +34,7 @@ CProfile::CProfile()
 CProfile::~CProfile()
 {
     if (m_bInitialized)
-        Destroy();
+        m_Release();
     TTML_INFO("Destruction done");
 }
 
@@ -51,15 +51,24 @@ bool CProfile::Initialize()
     t_pStyleRegionInfo = new (std::nothrow) CStyleRegionInfo();
     TTML_ASSERT(t_pStyleRegionInfo);
     m_bInitialized = true;
+    t_pAttrHandler = t_CreateAttrHandler();
+    TTML_ASSERT(t_pAttrHandler);
+    CElement::SetAttributeHandler(t_pAttrHandler);
     return true;
 }
 
 void CProfile::Destroy()
 {
-    if (!m_bInitialized) {
+    if (m_bInitialized)
+        m_Release();
+    else
         TTML_WARN("CProfile is already destroyed, returning false.");
-        return;
-    }
+    t_pXmlParser = nullptr;
+    TTML_INFO("Destroy is done");
+}
+
+void CProfile::m_Release()
+{
     delete t_pAgentInfo;
     t_pAgentInfo = nullptr;
     delete t_pStyleRegionInfo;
@@ -79,24 +88,12 @@ void CProfile::Destroy()
 
 void CProfile::Reset()
 {
-    t_ForgetDocument();
-    TTML_INFO("Function is done");
-}
-
-void CProfile::t_ForgetDocument()
-{
     if (t_pAgentInfo)
         t_pAgentInfo->Reset();
     if (t_pStyleRegionInfo)
         t_pStyleRegionInfo->Reset();
     t_pSubtitleInfo = nullptr;
-}
-
-void CProfile::t_InstallAttrHandler(CAttrHandler* handler)
-{
-    t_pAttrHandler = handler;
-    TTML_ASSERT(t_pAttrHandler);
-    CElement::SetAttributeHandler(t_pAttrHandler);
+    TTML_INFO("Reset is done");
 }
 
 void CProfile::SetProfile(int profile)
@@ -250,15 +247,43 @@ int CProfile::t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSP
         return ERR_NULL_POINTER;
     }
     switch (element->GetType()) {
+    case ELEM_BODY:
+        return t_HandleBodyElement(node, parent, element);
+    case ELEM_DIV:
+        return t_HandleDivElement(node, parent, element);
+    case ELEM_DOCUMENTEBUTTVERSION:
+    case ELEM_DOCUMENTMETADATA:
+    case ELEM_METADATA:
+        return t_HandleMetaDataElement(node, element);
+    case ELEM_P:
+        return t_HandlePElement(node, parent, element);
+    case ELEM_SPAN:
+        return t_HandleSpanElement(node, parent, element);
+    case ELEM_STYLE:
+        return t_HandleStyleElement(node, parent, element);
+    // A root, region or line break that fails is not stored but does not end
+    // the walk; a profile that needs a region checks after the walk.
     case ELEM_REGION:
-        return t_HandleRegionElement(node, element);
+        if (t_HandleRegionElement(node, element) == ERR_NONE)
+            return ERR_NONE;
+        break;
     case ELEM_TT:
-        return t_HandleTTElement(node, element);
+        if (t_HandleTTElement(node, element) == ERR_NONE)
+            return ERR_NONE;
+        break;
     case ELEM_BR:
-        return t_HandleLineBreak(node, parent, element);
+        if (t_HandleLineBreak(node, parent, element) == ERR_NONE)
+            return ERR_NONE;
+        break;
     default:
-        return ERR_NO_MATCH;
+        break;
     }
+    return t_HandleOtherElement(node, parent, element);
+}
+
+int CProfile::t_HandleOtherElement(XMLNODEPTR /*node*/, CElementSPTR& /*parent*/, CElementSPTR& /*element*/)
+{
+    return ERR_NONE;
 }
 
 void CProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& /*element*/, std::vector<XMLNODEPTR>& list)
@@ -269,6 +294,12 @@ void CProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& /*element*/,
     }
     for (XMLNODEPTR child = t_pXmlParser->GetChildElementList(node); child;
          child = t_pXmlParser->GetNextElementNode(child))
+        list.push_back(child);
+}
+
+void CProfile::t_GetChildNodeList(XMLNODEPTR node, CElementSPTR& /*element*/, std::vector<XMLNODEPTR>& list)
+{
+    for (XMLNODEPTR child = t_pXmlParser->GetChildNodeList(node); child; child = t_pXmlParser->GetNextNode(child))
         list.push_back(child);
 }
 
@@ -383,9 +414,118 @@ int CProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElement
         return ERR_NULL_POINTER;
     }
     TTML_ASSERT(t_pSubtitleInfo);
+    int result = t_InheritAndParseAttributes(node, parent, element);
+    return result == ERR_NONE ? t_ApplyTimingRules(node, parent, element) : result;
+}
+
+int CProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("%s", t_pNullParagraphWarning);
+        return ERR_NULL_POINTER;
+    }
+    int result = t_InheritAndParseAttributes(node, parent, element);
+    if (result == ERR_NONE)
+        result = t_ApplyTimingRules(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
+    // A paragraph's background belongs to its text lines, never the region.
+    t_RenameAttr(element, ATTR_BACKGROUNDCOLOR, ATTR_PARABACKGROUNDCOLOR);
+
+    if (!t_pXmlParser->GetChildNodeList(node)) {
+        TTML_INFO("No text/span element found");
+        std::string begin;
+        std::string end;
+        std::string showBackground;
+        if (!element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end) ||
+            !element->GetAttrValue(ATTR_SHOWBACKGROUND, showBackground)) {
+            TTML_WARN("begin/end/showBG attributes not found in P. just ignore it");
+        } else if (showBackground == "always") {
+            // An empty paragraph still shows its background for its interval.
+            CElementSPTR span = t_CreateElementOfType(ELEM_SPAN);
+            span->CreateFromParent(element);
+            span->AddAttrValue(ATTR_TEXT, "");
+            t_AddElement(begin, end, span);
+        }
+    }
+
+    std::vector<XMLNODEPTR> children;
+    t_GetChildNodeList(node, element, children);
+    for (XMLNODEPTR child : children) {
+        CElementSPTR childElement = t_CreateElement(child);
+        t_CheckLastSibling(child, childElement);
+        result = t_ProcessElement(child, element, childElement);
+        if (result != ERR_NONE) {
+            TTML_WARN("Error in t_processElement for BR element; error=%d", result);
+            return result;
+        }
+    }
+    t_CheckLastSibling(node, element);
+    t_AddElement("", "", element);
+    return ERR_SKIP_CHILDREN;
+}
+
+int CProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
+    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
+    if (!node || !element || !parent) {
+        TTML_WARN("%s", t_pNullSpanWarning);
+        return ERR_NULL_POINTER;
+    }
+    int result = t_InheritAndParseAttributes(node, parent, element);
+    if (result != ERR_NONE) {
+        TTML_WARN("Failed in parsing attributes");
+        return result;
+    }
+    result = t_ApplyTimingRules(node, parent, element);
+    if (result != ERR_NONE)
+        return result;
+    if (t_pXmlParser->IsTextNode(node) || !t_pXmlParser->GetChildElementList(node))
+        return t_HandleTextNode(node, element);
+
+    std::vector<XMLNODEPTR> children;
+    t_GetChildNodeList(node, element, children);
+    // t_HandleSpanChildElement counts nesting, so deep span chains stop at
+    // the walker's limit.
+    for (XMLNODEPTR child : children) {
+        result = t_HandleSpanChildElement(node, child, parent, element);
+        if (result != ERR_NONE) {
+            TTML_WARN("Error in processing children of Span. error code = %d", result);
+            return result;
+        }
+    }
+    t_AddElement("", "", element);
+    return ERR_NONE;
+}
+
+int CProfile::t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element)
+{
+    if (!node || !element) {
+        TTML_WARN("Null pointer");
+        return ERR_NULL_POINTER;
+    }
+    return t_ParseAttributes(node, element);
+}
+
+int CProfile::t_ApplyTimingRules(XMLNODEPTR /*node*/, CElementSPTR& /*parent*/, CElementSPTR& /*element*/)
+{
+    return ERR_NONE;
+}
+
+int CProfile::t_InheritAndParseAttributes(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+{
     element->CreateFromParent(parent);
     t_HandleReferencedElement(node, element);
     return t_ParseAttributes(node, element);
+}
+
+void CProfile::t_RenameAttr(CElementSPTR& element, TTMLAttr from, TTMLAttr to)
+{
+    std::string value;
+    if (element->GetAttrValue(from, value)) {
+        element->RemoveAttrValue(from);
+        element->AddAttrValue(to, value);
+    }
 }
 
 int CProfile::t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& /*parent*/, CElementSPTR& element)
@@ -418,11 +558,7 @@ int CProfile::t_HandleRegionElement(XMLNODEPTR node, CElementSPTR& element)
     } else {
         // A region's own or referenced background fills the region, not
         // the text lines inheriting from it.
-        std::string value;
-        if (element->GetAttrValue(ATTR_BACKGROUNDCOLOR, value)) {
-            element->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
-            element->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, value);
-        }
+        t_RenameAttr(element, ATTR_BACKGROUNDCOLOR, ATTR_REGIONBACKGROUNDCOLOR);
         std::string id;
         element->GetAttrValue(ATTR_ID, id);
         t_pStyleRegionInfo->AddRegion(id, element);
@@ -485,14 +621,12 @@ CElementSPTR CProfile::t_CreateElement(XMLNODEPTR node)
     }
     int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN)
                                                 : t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
-    CElementSPTR element;
-    try {
-        element = std::make_shared<CElement>(type);
-    } catch (const std::bad_alloc& e) {
-        TTML_WARN("%s", e.what());
-    }
-    TTML_ASSERT(element);
-    return element;
+    return t_CreateElementOfType(type);
+}
+
+CElementSPTR CProfile::t_CreateElementOfType(int type)
+{
+    return t_MakeElement<CElement>(type);
 }
 
 int CProfile::t_HandleLineBreak(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)

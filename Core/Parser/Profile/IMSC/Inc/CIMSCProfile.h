@@ -23,16 +23,18 @@ public:
     CIMSCProfile();
     ~CIMSCProfile() override;
 
-    // CProfile::Initialize, then creates the CIMSCAttrHandler and installs
-    // it as the handler of all elements.
-    bool Initialize() override;
-    void Destroy() override;
-    void Reset() override;
-
 protected:
-    int t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element) override;
+    // A CIMSCAttrHandler.
+    CAttrHandler* t_CreateAttrHandler() override;
+    // Always a CIMSCElement.
+    CElementSPTR t_CreateElementOfType(int type) override;
+    // Walked through with an info line.
+    int t_HandleOtherElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element) override;
     // `set` children are recorded on element at once and not walked.
     void t_GetChildElementList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list) override;
+    // Child nodes (text included) of a p or span; its sets are recorded
+    // aside, leaving the element's own begin and end as they were.
+    void t_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list) override;
     // Generic parsing; an inherited display "none" survives the element's own.
     int t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element) override;
     // Generic root handling plus frame rate, tick rate, pixel extent and
@@ -40,9 +42,9 @@ protected:
     int t_HandleTTElement(XMLNODEPTR node, CElementSPTR& element) override;
     // A style inside a region styles the region itself.
     int t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element) override;
-    int t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element) override;
-    // Always a CIMSCElement; empty for a null node.
-    CElementSPTR t_CreateElement(XMLNODEPTR node) override;
+    // Begin and end relative to the parent's begin (not for a text node,
+    // which has none of its own), then dur and the parent's time container.
+    int t_ApplyTimingRules(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element) override;
     // Generic references; an inherited display "none" survives them.
     int t_HandleReferencedElement(XMLNODEPTR node, CElementSPTR& element) override;
     // Either time empty: untimed. Otherwise split at the element's own sets,
@@ -50,14 +52,6 @@ protected:
     void t_AddElement(const std::string& begin, const std::string& end, CElementSPTR& element) override;
     // Adds the default region when the document declared none, then splits.
     int t_ProcessSubtitleInfo() override;
-
-    // Walks the paragraph's children itself: ERR_SKIP_CHILDREN on success.
-    virtual int t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
-    virtual int t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element);
-    virtual int t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element);
-
-    // A CIMSCElement of `type` (TTMLElem); fatal when allocation fails.
-    CElementSPTR m_CreateElement(int type);
 
 private:
     // Two pixel lengths ("640px 480px"); anything else warns and is false.
@@ -72,9 +66,6 @@ private:
     // False when the element (or its region) is hidden without a background
     // to keep; a hidden element that keeps its background loses its text.
     bool m_IsDisplayValueAuto(CElementSPTR& element);
-    // Child nodes (text included) of a p or span; its sets are recorded
-    // aside, leaving the element's own begin and end as they were.
-    void m_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list);
     void m_AddElement(CElementSPTR& element, unsigned long long begin, unsigned long long end);
     void m_AddElementWithSet(CIMSCElement* imsc, CElementSPTR& element, unsigned long long begin,
                              unsigned long long end);

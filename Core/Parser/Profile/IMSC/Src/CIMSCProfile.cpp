@@ -1,6 +1,5 @@
 #include "CIMSCProfile.h"
 
-#include "CAgentInfo.h"
 #include "CAttrHandler.h"
 #include "CElementHandler.h"
 #include "CIMSCAttrHandler.h"
@@ -45,6 +44,8 @@ std::string FromMs(unsigned long long value)
 
 CIMSCProfile::CIMSCProfile()
 {
+    t_pNullParagraphWarning = "NULL pointer";
+    t_pNullSpanWarning = "NULL pointer";
     TTML_INFO("Construction done");
 }
 
@@ -53,58 +54,10 @@ CIMSCProfile::~CIMSCProfile()
     TTML_INFO("Destruction done");
 }
 
-bool CIMSCProfile::Initialize()
+int CIMSCProfile::t_HandleOtherElement(XMLNODEPTR /*node*/, CElementSPTR& /*parent*/, CElementSPTR& element)
 {
-    bool result = CProfile::Initialize();
-    if (!result)
-        return result;
-    t_InstallAttrHandler(new (std::nothrow) CIMSCAttrHandler());
-    return true;
-}
-
-void CIMSCProfile::Destroy()
-{
-    CProfile::Destroy();
-    t_pXmlParser = nullptr;
-    TTML_INFO("Destroy is done");
-}
-
-void CIMSCProfile::Reset()
-{
-    t_ForgetDocument();
-    TTML_INFO("Reset is done");
-}
-
-int CIMSCProfile::t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
-{
-    if (!node || !element) {
-        TTML_WARN("Null pointer");
-        return ERR_NULL_POINTER;
-    }
-    if (CProfile::t_ProcessElement(node, parent, element) == ERR_NONE)
-        return ERR_NONE;
-
-    switch (element->GetType()) {
-    case ELEM_BODY:
-        return t_HandleBodyElement(node, parent, element);
-    case ELEM_DIV:
-        return t_HandleDivElement(node, parent, element);
-    case ELEM_DOCUMENTEBUTTVERSION:
-    case ELEM_DOCUMENTMETADATA:
-    case ELEM_METADATA:
-        return t_HandleMetaDataElement(node, element);
-    case ELEM_P:
-        return t_HandlePElement(node, parent, element);
-    case ELEM_SPAN:
-        return t_HandleSpanElement(node, parent, element);
-    case ELEM_STYLE:
-        return t_HandleStyleElement(node, parent, element);
-    default:
-        // Containers are walked through; a failed root, region or line
-        // break is not stored but does not end the document.
-        TTML_INFO("No matching case found. eElement=%d", element->GetType());
-        return ERR_NONE;
-    }
+    TTML_INFO("No matching case found. eElement=%d", element->GetType());
+    return ERR_NONE;
 }
 
 bool CIMSCProfile::m_IsSetNode(XMLNODEPTR node)
@@ -128,7 +81,7 @@ void CIMSCProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& element,
     }
 }
 
-void CIMSCProfile::m_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list)
+void CIMSCProfile::t_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list)
 {
     if (!node) {
         TTML_WARN("pXmlNode: Null pointer error");
@@ -249,56 +202,34 @@ int CIMSCProfile::t_HandleStyleElement(XMLNODEPTR node, CElementSPTR& parent, CE
     else
         parent->RemoveAttrValue(ATTR_ID);
 
-    std::string colour;
-    if (parent->GetAttrValue(ATTR_BACKGROUNDCOLOR, colour)) {
-        parent->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
-        parent->AddAttrValue(ATTR_REGIONBACKGROUNDCOLOR, colour);
-    }
+    t_RenameAttr(parent, ATTR_BACKGROUNDCOLOR, ATTR_REGIONBACKGROUNDCOLOR);
     return ERR_NONE;
 }
 
-int CIMSCProfile::t_HandleDivElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
+int CIMSCProfile::t_ApplyTimingRules(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
 {
-    int result = CProfile::t_HandleDivElement(node, parent, element);
-    if (result != ERR_NONE)
-        return result;
-    result = m_HandleTimings(node, parent, element);
-    if (result != ERR_NONE)
-        return result;
+    if (!t_pXmlParser->IsTextNode(node)) {
+        int result = m_HandleTimings(node, parent, element);
+        if (result != ERR_NONE)
+            return result;
+    }
     m_HandleTimeContainerAndDurProperty(parent, element);
     return ERR_NONE;
 }
 
-CElementSPTR CIMSCProfile::t_CreateElement(XMLNODEPTR node)
+CAttrHandler* CIMSCProfile::t_CreateAttrHandler()
 {
-    if (!node) {
-        TTML_WARN("pXmlNode is a Null pointer");
-        return CElementSPTR();
-    }
-    int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN)
-                                                : t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
-    if (type < 0) {
-        TTML_WARN("pXmlNode is a Null pointer");
-        return CElementSPTR();
-    }
-    return m_CreateElement(type);
+    return new (std::nothrow) CIMSCAttrHandler();
 }
 
-CElementSPTR CIMSCProfile::m_CreateElement(int type)
+CElementSPTR CIMSCProfile::t_CreateElementOfType(int type)
 {
-    CElementSPTR element;
-    try {
-        element = std::make_shared<CIMSCElement>(type);
-    } catch (const std::bad_alloc& e) {
-        TTML_WARN("%s", e.what());
-    }
-    TTML_ASSERT(element);
-    return element;
+    return t_MakeElement<CIMSCElement>(type);
 }
 
 CElementSPTR CIMSCProfile::m_CreatePiece(CElementSPTR& element)
 {
-    CElementSPTR piece = m_CreateElement(ELEM_SET);
+    CElementSPTR piece = t_CreateElementOfType(ELEM_SET);
     if (!piece)
         return piece;
     piece->CreateFromParent(element);
@@ -412,117 +343,6 @@ bool CIMSCProfile::m_IsDisplayValueAuto(CElementSPTR& element)
     // past the attribute filter, which would refuse text on a set copy.
     element->CElement::AddAttrValue(ATTR_TEXT, "");
     return true;
-}
-
-int CIMSCProfile::t_HandleMetaDataElement(XMLNODEPTR node, CElementSPTR& element)
-{
-    if (!node || !element) {
-        TTML_WARN("Null pointer");
-        return ERR_NULL_POINTER;
-    }
-    return t_ParseAttributes(node, element);
-}
-
-int CIMSCProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
-{
-    if (!node || !element) {
-        TTML_WARN("NULL pointer");
-        return ERR_NULL_POINTER;
-    }
-    element->CreateFromParent(parent);
-    t_HandleReferencedElement(node, element);
-    int result = t_ParseAttributes(node, element);
-    if (result != ERR_NONE)
-        return result;
-    result = m_HandleTimings(node, parent, element);
-    if (result != ERR_NONE)
-        return result;
-    m_HandleTimeContainerAndDurProperty(parent, element);
-
-    // A paragraph's background belongs to its text lines, never the region.
-    std::string value;
-    if (element->GetAttrValue(ATTR_BACKGROUNDCOLOR, value)) {
-        element->RemoveAttrValue(ATTR_BACKGROUNDCOLOR);
-        element->AddAttrValue(ATTR_PARABACKGROUNDCOLOR, value);
-    }
-
-    if (!t_pXmlParser->GetChildNodeList(node)) {
-        TTML_INFO("No text/span element found");
-        std::string begin;
-        std::string end;
-        std::string showBackground;
-        if (!element->GetAttrValue(ATTR_BEGIN, begin) || !element->GetAttrValue(ATTR_END, end) ||
-            !element->GetAttrValue(ATTR_SHOWBACKGROUND, showBackground)) {
-            TTML_WARN("begin/end/showBG attributes not found in P. just ignore it");
-        } else if (showBackground == "always") {
-            // An empty paragraph still shows its background for its interval.
-            CElementSPTR span = m_CreateElement(ELEM_SPAN);
-            if (!span) {
-                TTML_WARN("NULL pointer");
-                return ERR_NULL_POINTER;
-            }
-            span->CreateFromParent(element);
-            span->AddAttrValue(ATTR_TEXT, "");
-            t_AddElement(begin, end, span);
-        }
-    }
-
-    std::vector<XMLNODEPTR> children;
-    m_GetChildNodeList(node, element, children);
-    for (XMLNODEPTR child : children) {
-        CElementSPTR childElement = t_CreateElement(child);
-        t_CheckLastSibling(child, childElement);
-        result = t_ProcessElement(child, element, childElement);
-        if (result != ERR_NONE) {
-            TTML_WARN("Error in t_processElement for BR element; error=%d", result);
-            return result;
-        }
-    }
-
-    t_CheckLastSibling(node, element);
-    t_AddElement("", "", element);
-    return ERR_SKIP_CHILDREN;
-}
-
-int CIMSCProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)
-{
-    TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
-    if (!node || !element || !parent) {
-        TTML_WARN("NULL pointer");
-        return ERR_NULL_POINTER;
-    }
-    element->CreateFromParent(parent);
-    t_HandleReferencedElement(node, element);
-    int result = t_ParseAttributes(node, element);
-    if (result != ERR_NONE) {
-        TTML_WARN("Failed in parsing attributes");
-        return result;
-    }
-
-    if (t_pXmlParser->IsTextNode(node)) {
-        m_HandleTimeContainerAndDurProperty(parent, element);
-        return t_HandleTextNode(node, element);
-    }
-    result = m_HandleTimings(node, parent, element);
-    if (result != ERR_NONE)
-        return result;
-    m_HandleTimeContainerAndDurProperty(parent, element);
-    if (!t_pXmlParser->GetChildElementList(node))
-        return t_HandleTextNode(node, element);
-
-    std::vector<XMLNODEPTR> children;
-    m_GetChildNodeList(node, element, children);
-    // t_HandleSpanChildElement counts nesting, so deep span chains stop at
-    // the walker's limit.
-    for (XMLNODEPTR child : children) {
-        result = t_HandleSpanChildElement(node, child, parent, element);
-        if (result != ERR_NONE) {
-            TTML_WARN("Error in processing children of Span. error code = %d", result);
-            return result;
-        }
-    }
-    t_AddElement("", "", element);
-    return ERR_NONE;
 }
 
 void CIMSCProfile::t_AddElement(const std::string& begin, const std::string& end, CElementSPTR& element)
@@ -654,7 +474,7 @@ void CIMSCProfile::m_HandleSetElement(XMLNODEPTR node, CElementSPTR& parent)
         TTML_WARN("Null pointer");
         return;
     }
-    CElementSPTR set = m_CreateElement(ELEM_SET);
+    CElementSPTR set = t_CreateElementOfType(ELEM_SET);
     if (!set) {
         TTML_WARN("NULL pointer");
         return;
@@ -676,7 +496,7 @@ void CIMSCProfile::m_HandleEmptyRegionList()
     if (!t_pStyleRegionInfo->IsEmptyRegionList())
         return;
     // Elements default to region "anonymous", which covers the root container.
-    CElementSPTR region = m_CreateElement(ELEM_REGION);
+    CElementSPTR region = t_CreateElementOfType(ELEM_REGION);
     region->AddAttrValue(ATTR_ID, "anonymous");
     region->AddAttrValue(ATTR_EXTENT, "auto");
     region->AddAttrValue(ATTR_ORIGIN, "auto");
