@@ -15,7 +15,6 @@
 #include <Evas.h>
 
 #include <cstring>
-#include <functional>
 #include <list>
 #include <mutex>
 #include <string>
@@ -140,22 +139,13 @@ public:
         ASSERT_TRUE(source.Send(TTML::TTML_SOURCE_MSG_START, &start));
     }
 
-    // Runs the main loop until done() holds; by default until every request
-    // queued for it has run.
-    void RunUntil(std::function<bool()> done = nullptr)
+    // Runs the main loop until every request queued for it has run.
+    void RunUntilIdle()
     {
-        m_done = done ? std::move(done) : [] {
+        RunUntil([] {
             TTML::CMainThreadUtils* pUtils = TTML::CMainThreadUtils::GetInstance();
             return !pUtils || pUtils->GetPendingCount() == 0;
-        };
-        Ecore_Timer* pPoll = ecore_timer_add(0.005, [](void* data) -> Eina_Bool {
-            if (!static_cast<ControllerTest*>(data)->m_done())
-                return ECORE_CALLBACK_RENEW;
-            ecore_main_loop_quit();
-            return ECORE_CALLBACK_CANCEL;
-        }, this);
-        if (!RunLoop())
-            ecore_timer_del(pPoll);
+        });
     }
 
     // The root container's Evas object on the canvas, or null when none exists.
@@ -173,7 +163,6 @@ public:
     }
 
     TTML::CController* m_pCore = nullptr;
-    std::function<bool()> m_done;
 };
 
 #endif

@@ -200,7 +200,7 @@ TEST_F(Controller, ParsedXmlReachesTheEngineAndBrokenXmlIsDropped)
         return log.Count("Unable to create XML DOM!!!", DLOG_WARN) +
                log.CountContaining("Error in processing XML DOM. Error code =", DLOG_WARN);
     };
-    RunUntil([&] { return log.CountContaining("timeBase=") >= 2 && dropped() >= 1; });
+    ASSERT_TRUE(RunUntil([&] { return log.CountContaining("timeBase=") >= 2 && dropped() >= 1; }));
     EXPECT_EQ(2, log.CountContaining("timeBase=")) << log.Dump();
     EXPECT_EQ(1, dropped());
 }
@@ -245,7 +245,7 @@ TEST_P(Playback, ReachesTheEngineOrResetsIt)
     seek.pCore = Core();
     for (int id : c.messages)
         ASSERT_TRUE(m_source.Send(id, id == TTML_SOURCE_MSG_SEEK_START ? static_cast<void*>(&seek) : Core()));
-    RunUntil();
+    RunUntilIdle();
 
     EXPECT_EQ(c.seeks, log.Count("milliseconds=90061001"));
     EXPECT_EQ(c.seeks, log.Count("Enter for message Id:5"));

@@ -105,17 +105,24 @@ public:
         m_clock.Seek(ms);
     }
 
-    // Runs the loop until done() holds (polled on the loop every 5 ms). A
-    // clock not held starts at the first poll, so that a slow start of the
-    // loop on a busy machine does not eat into the documents' intervals.
+    // Runs the loop until done() holds. A clock not held starts at the first
+    // poll, so that a slow start of the loop on a busy machine does not eat
+    // into the documents' intervals.
     bool RunUntil(std::function<bool()> done)
     {
-        m_done = std::move(done);
-        Ecore_Timer* pPoll = ecore_timer_add(0.005, Poll_Cb, this);
-        bool quit = RunLoop(10.0);
-        if (!quit)
-            ecore_timer_del(pPoll);
-        return quit;
+        return MainLoopTest::RunUntil([this, done] {
+            if (m_autoStart && m_clock.IsStopped())
+                m_clock.Start();
+            long long now = 0;
+            m_clock.Now(now);
+            for (Scheduled& s : m_scheduled) {
+                if (!s.done && now >= s.atMs) {
+                    s.done = true;
+                    s.fn();
+                }
+            }
+            return done();
+        }, 10.0);
     }
 
     // Runs fn on the loop once the media clock reaches atMs.
@@ -154,27 +161,7 @@ private:
         bool done;
     };
 
-    static Eina_Bool Poll_Cb(void* data)
-    {
-        EngineTest* pSelf = static_cast<EngineTest*>(data);
-        if (pSelf->m_autoStart && pSelf->m_clock.IsStopped())
-            pSelf->m_clock.Start();
-        long long now = 0;
-        pSelf->m_clock.Now(now);
-        for (Scheduled& s : pSelf->m_scheduled) {
-            if (!s.done && now >= s.atMs) {
-                s.done = true;
-                s.fn();
-            }
-        }
-        if (!pSelf->m_done())
-            return ECORE_CALLBACK_RENEW;
-        Quit();
-        return ECORE_CALLBACK_CANCEL;
-    }
-
     bool m_autoStart = true;
-    std::function<bool()> m_done;
     std::vector<Scheduled> m_scheduled;
 };
 

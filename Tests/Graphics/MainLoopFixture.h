@@ -10,6 +10,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -72,6 +73,21 @@ public:
         if (!m_bTimedOut)
             ecore_timer_del(pWatchdog);
         return !m_bTimedOut;
+    }
+
+    // Runs the main loop until done() holds, polled on the loop every 5 ms.
+    bool RunUntil(std::function<bool()> done, double softLimitSeconds = 20.0)
+    {
+        Ecore_Timer* pPoll = ecore_timer_add(0.005, [](void* p) -> Eina_Bool {
+            if (!(*static_cast<std::function<bool()>*>(p))())
+                return ECORE_CALLBACK_RENEW;
+            Quit();
+            return ECORE_CALLBACK_CANCEL;
+        }, &done);
+        const bool quit = RunLoop(softLimitSeconds);
+        if (!quit)
+            ecore_timer_del(pPoll);
+        return quit;
     }
 
     // Main loop only.

@@ -18,7 +18,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <string>
 
 using namespace TTML;
@@ -60,28 +59,11 @@ public:
         Menu()->SetCaptionDivisionMode(false);
     }
 
-    // Runs the main loop until done() holds (polled on the loop).
-    bool RunUntil(std::function<bool()> done)
-    {
-        m_done = std::move(done);
-        Ecore_Timer* pPoll = ecore_timer_add(0.005, [](void* p) -> Eina_Bool {
-            if (!static_cast<MenuTest*>(p)->m_done())
-                return ECORE_CALLBACK_RENEW;
-            ecore_main_loop_quit();
-            return ECORE_CALLBACK_CANCEL;
-        }, this);
-        const bool quit = RunLoop(20.0);
-        if (!quit)
-            ecore_timer_del(pPoll);
-        return quit;
-    }
-
     static void Count_Cb(void* data) { ++*static_cast<int*>(data); }
 
     CVideoWindow m_video;
     LogCapture m_log;
     int m_notified = 0;
-    std::function<bool()> m_done;
 };
 
 struct EnumCase {

@@ -96,14 +96,7 @@ public:
     // thread delivers show and hide on its own time.
     bool WaitFor(const std::string& message, int count = 1)
     {
-        auto until = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (m_log.Count(message) < count) {
-            if (std::chrono::steady_clock::now() > until)
-                return false;
-            ecore_main_loop_iterate();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return true;
+        return RunUntil([&] { return m_log.Count(message) >= count; });
     }
 
     LogCapture m_log;
