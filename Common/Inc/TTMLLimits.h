@@ -53,6 +53,13 @@ constexpr size_t kMaxIntervalEntries = 1000000;
 // Decoded size of one image (width x height x 4 bytes): a UHD frame.
 constexpr size_t kMaxDecodedImageBytes = 3840u * 2160u * 4u;
 
+// Memory the PNG decoder may take for one ancillary chunk (text, colour
+// profiles, unknown chunks), and how many such chunks it keeps. Subtitle
+// images need none; a chunk header alone can claim a gigabyte from a file
+// of a few hundred bytes.
+constexpr size_t kMaxPngChunkBytes = 256u * 1024u;
+constexpr unsigned kMaxPngChunks = 64;
+
 // Declarations in an internal DTD subset (entities, elements, attribute
 // lists): none, which leaves no entity to expand. Neither EBU-TT-D nor IMSC 1
 // needs them, and an internal entity is expanded on every read of the tree,

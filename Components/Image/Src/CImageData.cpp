@@ -68,6 +68,14 @@ bool DecodePng(PngReadState& state, png_uint_32* width, png_uint_32* height)
     png_set_read_fn(png, &state, ReadData_Cb);
     // libpng refuses oversized images before allocating anything for them.
     png_set_user_limits(png, CImageData::kMaxSide, CImageData::kMaxSide);
+    // Only the chunks that make the pixels are read. Text, profiles and the
+    // rest are skipped unread: libpng allocates a chunk's declared length
+    // before reading it and only warns when that passes the chunk limit.
+    static const png_byte kPixelChunks[] = "tRNS";
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_NEVER, nullptr, -1);
+    png_set_keep_unknown_chunks(png, PNG_HANDLE_CHUNK_AS_DEFAULT, kPixelChunks, 1);
+    png_set_chunk_malloc_max(png, Limits::kMaxPngChunkBytes);
+    png_set_chunk_cache_max(png, Limits::kMaxPngChunks);
     png_read_info(png, info);
     *width = png_get_image_width(png, info);
     *height = png_get_image_height(png, info);
