@@ -40,6 +40,9 @@ uint32_t TTMLGetTimeofDay();
 unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double frameRate, int tickRate);
 unsigned long long ConvertClockTimeToMS(const std::vector<std::string>& parts, double frameRate);
 unsigned long long ConvertOffsetTimeToMS(const std::string& expr, double frameRate, int tickRate);
+// A stored time (decimal ms) back to a number, exactly as strtoull base 10
+// reads it.
+unsigned long long StoredMsToULL(const std::string& text);
 
 // ---- Colours, lengths, geometry ---------------------------------------------
 // Replaces one of the nineteen TTML colour names (case-sensitive) by its

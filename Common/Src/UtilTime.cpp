@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <locale.h>
 
@@ -57,10 +58,15 @@ bool IsAsciiDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-// hh:mm:ss or hh:mm:ss.fff with digits only: no blanks to trim and no frame
-// part, so the fields can be read where they stand. `secondsAt` is the
-// position of the seconds field.
-bool IsPlainClockTime(const std::string& expr, size_t& secondsAt)
+// Where the fields of a clock time stand when it can be read in place.
+struct ClockFields {
+    size_t secondsAt = 0;
+    size_t framesAt = 0;  // 0: no frames field
+};
+
+// hh:mm:ss, hh:mm:ss.fff or hh:mm:ss:ff[.sub] with digits only: no blanks to
+// trim, so the fields can be read where they stand.
+bool IsPlainClockTime(const std::string& expr, ClockFields& at)
 {
     const size_t n = expr.size();
     size_t i = 0;
@@ -73,9 +79,21 @@ bool IsPlainClockTime(const std::string& expr, size_t& secondsAt)
             return false;
         i += 3;
     }
-    secondsAt = i - 2;
+    at.secondsAt = i - 2;
+    at.framesAt = 0;
     if (i == n)
         return true;
+    if (expr[i] == ':') {
+        at.framesAt = i + 1;
+        ++i;
+        const size_t digits = i;
+        while (i < n && IsAsciiDigit(expr[i]))
+            ++i;
+        if (i == digits)
+            return false;
+        if (i == n)
+            return true;
+    }
     if (expr[i] != '.' || i + 1 == n)
         return false;
     for (++i; i < n; ++i) {
@@ -85,6 +103,51 @@ bool IsPlainClockTime(const std::string& expr, size_t& secondsAt)
     return true;
 }
 
+// The metric an offset time ends with, when the text is digits, an optional
+// fraction and one metric; null otherwise.
+const char* PlainOffsetMetric(const std::string& expr)
+{
+    const size_t n = expr.size();
+    size_t i = 0;
+    while (i < n && IsAsciiDigit(expr[i]))
+        ++i;
+    if (i == 0)
+        return nullptr;
+    if (i < n && expr[i] == '.') {
+        const size_t fraction = ++i;
+        while (i < n && IsAsciiDigit(expr[i]))
+            ++i;
+        if (i == fraction)
+            return nullptr;
+    }
+    const char* metric = expr.c_str() + i;
+    static const char* const kMetrics[] = {"h", "m", "s", "ms", "f", "t"};
+    for (const char* known : kMetrics) {
+        if (std::strcmp(metric, known) == 0)
+            return metric;
+    }
+    return nullptr;
+}
+
+// Milliseconds of `value` counted in `metric`.
+unsigned long long OffsetToMs(double value, const char* metric, double frameRate, int tickRate)
+{
+    if (std::strcmp(metric, "h") == 0)
+        return ToMs(value * 60 * 60 * 1000);
+    if (std::strcmp(metric, "m") == 0)
+        return ToMs(value * 60 * 1000);
+    if (std::strcmp(metric, "s") == 0)
+        return ToMs(value * 1000);
+    if (std::strcmp(metric, "ms") == 0)
+        return ToMs(value);
+    if (std::strcmp(metric, "f") == 0)
+        return ToMs(PerRate(value, frameRate) * 1000);
+    if (std::strcmp(metric, "t") == 0)
+        return ToMs(PerRate(value, static_cast<double>(tickRate)) * 1000);
+    TTML_ERROR("Invalid time matric=%s", metric);
+    return 0;
+}
+
 }  // namespace
 
 unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double frameRate, int tickRate)
@@ -92,13 +155,16 @@ unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double fra
     // Every begin and end of a document comes through here; the usual form
     // is read in place instead of being split into strings first. The
     // arithmetic is the clock-time path's.
-    size_t secondsAt = 0;
-    if (IsPlainClockTime(expr, secondsAt)) {
+    ClockFields at;
+    if (IsPlainClockTime(expr, at)) {
         const char* text = expr.c_str();
         const double hours = static_cast<double>(std::strtoll(text, nullptr, 10));
-        const double minutes = static_cast<double>(std::strtoll(text + secondsAt - 3, nullptr, 10));
-        const double seconds = strtod_l(text + secondsAt, nullptr, CLocale());
-        return ToMs(((hours * 60 + minutes) * 60 + seconds) * 1000);
+        const double minutes = static_cast<double>(std::strtoll(text + at.secondsAt - 3, nullptr, 10));
+        const double seconds = strtod_l(text + at.secondsAt, nullptr, CLocale());
+        double total = (hours * 60 + minutes) * 60 + seconds;
+        if (at.framesAt != 0)
+            total += PerRate(static_cast<double>(std::strtoll(text + at.framesAt, nullptr, 10)), frameRate);
+        return ToMs(total * 1000);
     }
     const std::vector<std::string> parts = StrSplit(expr, ":");
     if (parts.size() > 1)
@@ -135,25 +201,31 @@ unsigned long long ConvertClockTimeToMS(const std::vector<std::string>& parts, d
 
 unsigned long long ConvertOffsetTimeToMS(const std::string& expr, double frameRate, int tickRate)
 {
+    // The usual offset (840ms, 12.5s) is read without splitting it first.
+    if (const char* metric = PlainOffsetMetric(expr))
+        return OffsetToMs(strtod_l(expr.c_str(), nullptr, CLocale()), metric, frameRate, tickRate);
     std::string number;
     std::string metric;
     if (!SplitStrByFindFirstOf(expr, "hmsft", number, metric))
         return 0;
-    const double value = LeadingDouble(number);
-    if (metric == "h")
-        return ToMs(value * 60 * 60 * 1000);
-    if (metric == "m")
-        return ToMs(value * 60 * 1000);
-    if (metric == "s")
-        return ToMs(value * 1000);
-    if (metric == "ms")
-        return ToMs(value);
-    if (metric == "f")
-        return ToMs(PerRate(value, frameRate) * 1000);
-    if (metric == "t")
-        return ToMs(PerRate(value, static_cast<double>(tickRate)) * 1000);
-    TTML_ERROR("Invalid time matric=%s", metric.c_str());
-    return 0;
+    // A metric with a NUL inside names no unit.
+    const char* unit = metric.find('\0') == std::string::npos ? metric.c_str() : "";
+    return OffsetToMs(LeadingDouble(number), unit, frameRate, tickRate);
+}
+
+unsigned long long StoredMsToULL(const std::string& text)
+{
+    // Stored times are plain digits; anything else is read as strtoull reads it.
+    const size_t kSafeDigits = 19;  // 10^19 - 1 fits in 64 bits
+    if (text.empty() || text.size() > kSafeDigits)
+        return std::strtoull(text.c_str(), nullptr, 10);
+    unsigned long long value = 0;
+    for (char c : text) {
+        if (!IsAsciiDigit(c))
+            return std::strtoull(text.c_str(), nullptr, 10);
+        value = value * 10 + static_cast<unsigned long long>(c - '0');
+    }
+    return value;
 }
 
 }  // namespace TTML

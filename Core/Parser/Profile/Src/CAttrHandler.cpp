@@ -49,9 +49,11 @@ bool IsAsciiDigit(char c)
     return c >= '0' && c <= '9';
 }
 
-// Two or more hour digits, minutes and seconds 00 to 59, then optionally a
-// full stop and digits: a strict subset of what the clock-time pattern takes.
-bool IsPlainClockTime(const std::string& value)
+// The clock-time form: two or more hour digits, minutes and seconds 00 to
+// 59, then optionally a full stop and digits, or a colon, frame digits and
+// optionally a full stop and sub-frame digits. Read by hand: every begin and
+// end of a document comes through here.
+bool IsClockTime(const std::string& value)
 {
     const size_t n = value.size();
     size_t i = 0;
@@ -64,15 +66,23 @@ bool IsPlainClockTime(const std::string& value)
             return false;
         i += 3;
     }
-    if (i == n)
-        return true;
-    if (value[i] != '.' || i + 1 == n)
-        return false;
-    for (++i; i < n; ++i) {
-        if (!IsAsciiDigit(value[i]))
+    auto digitsFrom = [&value, n](size_t& at) {
+        const size_t first = at;
+        while (at < n && IsAsciiDigit(value[at]))
+            ++at;
+        return at > first;
+    };
+    if (i < n && value[i] == ':') {
+        ++i;
+        if (!digitsFrom(i))
             return false;
     }
-    return true;
+    if (i < n && value[i] == '.') {
+        ++i;
+        if (!digitsFrom(i))
+            return false;
+    }
+    return i == n;
 }
 
 constexpr const char* kRoles[] = {
@@ -305,12 +315,7 @@ int CAttrHandler::t_ValidateFrameRate(std::string& value)
 
 int CAttrHandler::t_ValidateClockTimeFormat(std::string& value)
 {
-    // Nearly every document writes hh:mm:ss or hh:mm:ss.fff; those are
-    // accepted without running the matcher, which sees everything else.
-    if (IsPlainClockTime(value))
-        return ERR_NONE;
-    static const boost::regex kClockTime("(\\d\\d+)(:)([0-5]\\d)(:)([0-5]\\d)((\\.\\d+)|((:)\\d+(\\.\\d+)?))?");
-    return boost::regex_match(value, kClockTime) ? ERR_NONE : ERR_IGNORE;
+    return IsClockTime(value) ? ERR_NONE : ERR_IGNORE;
 }
 
 int CAttrHandler::t_ValidateColorFormat(std::string& value)

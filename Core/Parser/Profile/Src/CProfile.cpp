@@ -649,8 +649,7 @@ int CProfile::t_HandleLineBreak(XMLNODEPTR node, CElementSPTR& parent, CElementS
 void CProfile::t_AddElement(const std::string& begin, const std::string& end, CElementSPTR& element)
 {
     if (!begin.empty() && !end.empty()) {
-        t_pSubtitleInfo->AddElement(std::strtoull(begin.c_str(), nullptr, 10),
-                                    std::strtoull(end.c_str(), nullptr, 10), element);
+        t_pSubtitleInfo->AddElement(StoredMsToULL(begin), StoredMsToULL(end), element);
     } else {
         t_pSubtitleInfo->AddElement(0, 0, element);
     }

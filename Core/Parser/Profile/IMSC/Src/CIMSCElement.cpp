@@ -2,6 +2,7 @@
 
 #include "CAttrHandler.h"
 #include "TTMLLog.h"
+#include "Util.h"
 
 #include <cstdlib>
 #include <new>
@@ -88,7 +89,7 @@ void CIMSCElement::AddSetElement(const std::string& begin, const std::string& en
     if (begin.empty() || end.empty())
         return;
     m_GetExtra().timedSets.push_back(
-        {std::strtoull(begin.c_str(), nullptr, 10), std::strtoull(end.c_str(), nullptr, 10), set});
+        {StoredMsToULL(begin), StoredMsToULL(end), set});
 }
 
 void CIMSCElement::GetSetKeys(std::set<std::pair<unsigned long long, unsigned long long>>& out) const

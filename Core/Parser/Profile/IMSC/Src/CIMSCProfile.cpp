@@ -25,7 +25,7 @@ namespace {
 
 unsigned long long ToMs(const std::string& value)
 {
-    return std::strtoull(value.c_str(), nullptr, 10);
+    return StoredMsToULL(value);
 }
 
 // A sum that would wrap stays at the largest time instead.
