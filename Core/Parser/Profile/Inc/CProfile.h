@@ -2,6 +2,7 @@
 #define TTML_PARSER_PROFILE_CPROFILE_H
 
 #include "CElement.h"
+#include "CNameCache.h"
 #include "IXmlParser.h"
 #include "TTMLLimits.h"
 #include "TTMLLog.h"
@@ -152,6 +153,8 @@ protected:
     // An element of class TElement, as t_CreateElementOfType makes them.
     template <typename TElement>
     static CElementSPTR t_MakeElement(int type);
+    // The TTMLElem number of an element node's name.
+    int t_ElementTypeOf(XMLNODEPTR node);
     // Collapses line feed, carriage return, tab and space runs into single
     // spaces and trims, unless the text has none of them to collapse.
     static void t_RemoveExtraWhiteSpace(std::string& text);
@@ -204,6 +207,10 @@ private:
     std::string m_styleKey{kTTMLAttrKeys[ATTR_STYLE]};
     std::string m_referenceValue;
     std::string m_referenceId;
+    // Element and attribute numbers by reader name, for the current document
+    // only (emptied when ProcessSubtitles starts and ends).
+    CNameCache m_elementNames;
+    CNameCache m_attrNames;
 };
 
 template <typename TElement>

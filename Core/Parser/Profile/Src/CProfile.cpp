@@ -132,6 +132,8 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     // several profiles alive that may be another profile's.
     CElement::SetAttributeHandler(t_pAttrHandler);
     m_nDepth = 0;
+    m_elementNames.Clear();
+    m_attrNames.Clear();
 
     int result = ERR_NONE;
     XMLNODEPTR root = t_pXmlParser->GetRootElement();
@@ -148,6 +150,9 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     }
 
     t_pAttrHandler->SetSubtitleInfo(nullptr);
+    // The names' addresses die with the document.
+    m_elementNames.Clear();
+    m_attrNames.Clear();
     // A long body leaves a long list behind; not kept between documents.
     for (std::vector<XMLNODEPTR>& list : m_childLists) {
         if (list.capacity() > kKeptChildListCapacity)
@@ -170,7 +175,7 @@ bool CProfile::m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes)
         ++nodes;
         XMLNODEPTR next = nullptr;
         if (!t_pXmlParser->IsTextNode(node)) {
-            const int type = t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+            const int type = t_ElementTypeOf(node);
             regions += type == ELEM_REGION;
             styles += type == ELEM_STYLE;
             next = t_pXmlParser->GetChildNodeList(node);
@@ -319,9 +324,13 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
     std::string name;
     std::string value;
     for (XMLATTRPTR attr = t_pXmlParser->GetAttributeList(node); attr; attr = t_pXmlParser->GetNextAttr(attr)) {
-        name = t_pXmlParser->GetAttrName(attr);
         value = t_pXmlParser->GetAttrValue(attr);
-        int number = t_pAttrHandler->ToAttrEnum(name);
+        int number = m_attrNames.Find(attr->name);
+        if (number == CNameCache::kMissing) {
+            name = t_pXmlParser->GetAttrName(attr);
+            number = t_pAttrHandler->ToAttrEnum(name);
+            m_attrNames.Add(attr->name, number);
+        }
         // An unknown name has no TTMLAttr value; it is dropped like an
         // attribute without a validator.
         if (number < 0 || number >= TTML_ATTR_COUNT)
@@ -619,9 +628,20 @@ CElementSPTR CProfile::t_CreateElement(XMLNODEPTR node)
         TTML_WARN("pXmlNode is a Null pointer");
         return CElementSPTR();
     }
-    int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN)
-                                                : t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+    int type = t_pXmlParser->IsTextNode(node) ? static_cast<int>(ELEM_SPAN) : t_ElementTypeOf(node);
     return t_CreateElementOfType(type);
+}
+
+int CProfile::t_ElementTypeOf(XMLNODEPTR node)
+{
+    int type = m_elementNames.Find(node->name);
+    if (type != CNameCache::kMissing)
+        return type;
+    type = t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node));
+    // An unknown name is looked up (and warned about) wherever it stands.
+    if (type != ELEM_UNKNOWN)
+        m_elementNames.Add(node->name, type);
+    return type;
 }
 
 CElementSPTR CProfile::t_CreateElementOfType(int type)

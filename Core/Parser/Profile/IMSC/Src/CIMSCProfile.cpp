@@ -62,8 +62,7 @@ int CIMSCProfile::t_HandleOtherElement(XMLNODEPTR /*node*/, CElementSPTR& /*pare
 
 bool CIMSCProfile::m_IsSetNode(XMLNODEPTR node)
 {
-    return !t_pXmlParser->IsTextNode(node) &&
-           t_pElementHandler->ToElemEnum(t_pXmlParser->GetNodeName(node)) == ELEM_SET;
+    return !t_pXmlParser->IsTextNode(node) && t_ElementTypeOf(node) == ELEM_SET;
 }
 
 void CIMSCProfile::t_GetChildElementList(XMLNODEPTR node, CElementSPTR& element, std::vector<XMLNODEPTR>& list)
