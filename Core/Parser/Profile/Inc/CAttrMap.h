@@ -76,7 +76,7 @@ public:
 
     const_iterator begin() const { return const_iterator(this, m_NextKey(0)); }
     const_iterator end() const { return const_iterator(this, kMaxKeys); }
-    size_t size() const { return static_cast<size_t>(__builtin_popcountll(m_present)); }
+    size_t size() const { return m_Count(m_present); }
     bool empty() const { return m_present == 0; }
     void clear();
 
@@ -125,7 +125,17 @@ private:
     // Position of `bit`'s entry among entries kept in key order under `own`.
     static size_t m_Position(uint64_t own, uint64_t bit)
     {
-        return static_cast<size_t>(__builtin_popcountll(own & (bit - 1)));
+        return m_Count(own & (bit - 1));
+    }
+    // Set bits; written out, since the builtin is a library call on targets
+    // without a population-count instruction (the compiler still uses one
+    // where there is).
+    static size_t m_Count(uint64_t bits)
+    {
+        bits -= (bits >> 1) & 0x5555555555555555ULL;
+        bits = (bits & 0x3333333333333333ULL) + ((bits >> 2) & 0x3333333333333333ULL);
+        bits = (bits + (bits >> 4)) & 0x0f0f0f0f0f0f0f0fULL;
+        return static_cast<size_t>((bits * 0x0101010101010101ULL) >> 56);
     }
     // Moves the own entries into a new shared layer under this map.
     void m_Freeze() const;

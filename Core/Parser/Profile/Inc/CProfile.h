@@ -197,10 +197,9 @@ private:
     bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes);
 
     int m_nDepth = 0;  // current recursion depth of the walk
-    // Child nodes of the element being walked at each depth (index depth-1);
-    // sized once, so a list never moves while a shallower level reads it.
-    std::vector<std::vector<XMLNODEPTR>> m_childLists{static_cast<size_t>(kMaxNestingDepth)};
-    static constexpr size_t kKeptChildListCapacity = 256;
+    // Child lists not lent out at the moment (see ChildList).
+    class ChildList;
+    std::vector<std::vector<XMLNODEPTR>> m_spareChildLists;
     // Reused by t_HandleReferencedElement so each element costs no new
     // strings for its region and style ids.
     std::string m_regionKey{kTTMLAttrKeys[ATTR_REGION]};

@@ -194,7 +194,7 @@ void CAttrMap::SetAll(const CAttrMap& other, int skipKey)
     uint64_t keys = other.m_present;
     if (skipKey >= 0 && skipKey < kMaxKeys)
         keys &= ~(uint64_t(1) << skipKey);
-    const size_t added = static_cast<size_t>(__builtin_popcountll(keys & ~m_own));
+    const size_t added = m_Count(keys & ~m_own);
     if (&other != this && m_values.size() + added > m_values.capacity())
         m_values.reserve(m_values.size() + added);
     for (int key = other.m_NextKey(0); key < kMaxKeys; key = other.m_NextKey(key + 1)) {

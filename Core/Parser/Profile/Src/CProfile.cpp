@@ -26,6 +26,36 @@ private:
     int& m_depth;
 };
 
+// A child list lent for one scope. Lists go back to the walker, so the walk
+// allocates none once it has seen its deepest nesting.
+class CProfile::ChildList {
+public:
+    explicit ChildList(std::vector<std::vector<XMLNODEPTR>>& spares) : m_spares(spares)
+    {
+        if (!m_spares.empty()) {
+            m_list = std::move(m_spares.back());
+            m_spares.pop_back();
+        }
+    }
+    ~ChildList()
+    {
+        // A long body leaves a long list behind; that one is not kept.
+        if (m_list.capacity() > kKeptCapacity)
+            return;
+        m_list.clear();
+        m_spares.push_back(std::move(m_list));
+    }
+    ChildList(const ChildList&) = delete;
+    ChildList& operator=(const ChildList&) = delete;
+
+    std::vector<XMLNODEPTR>& Get() { return m_list; }
+
+private:
+    static constexpr size_t kKeptCapacity = 256;
+    std::vector<std::vector<XMLNODEPTR>>& m_spares;
+    std::vector<XMLNODEPTR> m_list;
+};
+
 CProfile::CProfile()
 {
     TTML_INFO("Construction done");
@@ -153,11 +183,6 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     // The names' addresses die with the document.
     m_elementNames.Clear();
     m_attrNames.Clear();
-    // A long body leaves a long list behind; not kept between documents.
-    for (std::vector<XMLNODEPTR>& list : m_childLists) {
-        if (list.capacity() > kKeptChildListCapacity)
-            std::vector<XMLNODEPTR>().swap(list);
-    }
     return result;
 }
 
@@ -226,12 +251,9 @@ int CProfile::t_ParseNode(XMLNODEPTR node, CElementSPTR& parent)
     CElementSPTR element = t_CreateElement(node);
     int result = t_ProcessElement(node, parent, element);
     if (result == ERR_NONE) {
-        // One list per level, kept across elements and documents, so the
-        // walk allocates none once it has seen the deepest level.
-        std::vector<XMLNODEPTR>& children = m_childLists[static_cast<size_t>(m_nDepth) - 1];
-        children.clear();
-        t_GetChildElementList(node, element, children);
-        for (XMLNODEPTR child : children) {
+        ChildList children(m_spareChildLists);
+        t_GetChildElementList(node, element, children.Get());
+        for (XMLNODEPTR child : children.Get()) {
             int r = t_ParseNode(child, element);
             if (r != ERR_NONE) {
                 TTML_WARN("Error in parsing for node %s; error code=%d", t_pXmlParser->GetNodeName(node).c_str(), r);
@@ -458,9 +480,9 @@ int CProfile::t_HandlePElement(XMLNODEPTR node, CElementSPTR& parent, CElementSP
         }
     }
 
-    std::vector<XMLNODEPTR> children;
-    t_GetChildNodeList(node, element, children);
-    for (XMLNODEPTR child : children) {
+    ChildList children(m_spareChildLists);
+    t_GetChildNodeList(node, element, children.Get());
+    for (XMLNODEPTR child : children.Get()) {
         CElementSPTR childElement = t_CreateElement(child);
         t_CheckLastSibling(child, childElement);
         result = t_ProcessElement(child, element, childElement);
@@ -492,11 +514,11 @@ int CProfile::t_HandleSpanElement(XMLNODEPTR node, CElementSPTR& parent, CElemen
     if (t_pXmlParser->IsTextNode(node) || !t_pXmlParser->GetChildElementList(node))
         return t_HandleTextNode(node, element);
 
-    std::vector<XMLNODEPTR> children;
-    t_GetChildNodeList(node, element, children);
+    ChildList children(m_spareChildLists);
+    t_GetChildNodeList(node, element, children.Get());
     // t_HandleSpanChildElement counts nesting, so deep span chains stop at
     // the walker's limit.
-    for (XMLNODEPTR child : children) {
+    for (XMLNODEPTR child : children.Get()) {
         result = t_HandleSpanChildElement(node, child, parent, element);
         if (result != ERR_NONE) {
             TTML_WARN("Error in processing children of Span. error code = %d", result);
@@ -689,28 +711,29 @@ int CProfile::t_HandleTextNode(XMLNODEPTR node, CElementSPTR& element)
     TTML_ASSERT(t_pSubtitleInfo && t_pXmlParser);
 
     std::string text = t_pXmlParser->GetElementContent(node);
-    std::string space;
-    if (!element->GetAttrValue(ATTR_SPACE, space) || space == "default")
+    const CAttrMap& attrs = element->GetAttrMap();
+    const std::string* space = attrs.Get(ATTR_SPACE);
+    if (!space || *space == "default")
         t_RemoveExtraWhiteSpace(text);
+    const bool empty = text.empty();
     element->AddAttrValue(ATTR_TEXT, text);
 
-    std::string begin;
-    std::string end;
-    std::string showBackground;
-    bool hasBegin = element->GetAttrValue(ATTR_BEGIN, begin);
-    bool hasEnd = element->GetAttrValue(ATTR_END, end);
-    bool hasShowBackground = element->GetAttrValue(ATTR_SHOWBACKGROUND, showBackground);
-    if (!hasBegin || !hasEnd || !hasShowBackground) {
+    static const std::string kNone;
+    const std::string* begin = attrs.Get(ATTR_BEGIN);
+    const std::string* end = attrs.Get(ATTR_END);
+    const std::string* showBackground = attrs.Get(ATTR_SHOWBACKGROUND);
+    if (!begin || !end || !showBackground) {
         TTML_WARN("begin/end/showBG attributes not found in the map. Ignoring this!");
-        begin.clear();
-        end.clear();
+        begin = end = &kNone;
     }
-    if (showBackground != "always" && text.empty()) {
+    if ((!showBackground || *showBackground != "always") && empty) {
         TTML_WARN("Empty Span found with BG as when active");
-        begin.clear();
-        end.clear();
+        begin = end = &kNone;
     }
-    t_AddElement(begin, end, element);
+    // Copies: adding the element may change its map.
+    const std::string from = *begin;
+    const std::string to = *end;
+    t_AddElement(from, to, element);
     return ERR_NONE;
 }
 

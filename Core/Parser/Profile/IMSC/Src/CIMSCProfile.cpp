@@ -40,6 +40,21 @@ std::string FromMs(unsigned long long value)
     return std::to_string(value);
 }
 
+const std::string kDisplayNone = "none";
+
+bool Holds(const CElement& element, TTMLAttr attr, const char* value)
+{
+    const std::string* held = element.GetAttrMap().Get(attr);
+    return held && *held == value;
+}
+
+// display="none" once set stays: neither references nor the element's own
+// attributes bring it back.
+bool IsHidden(const CElementSPTR& element)
+{
+    return element && Holds(*element, ATTR_DISPLAY, "none");
+}
+
 }  // namespace
 
 CIMSCProfile::CIMSCProfile()
@@ -112,23 +127,19 @@ void CIMSCProfile::t_GetChildNodeList(XMLNODEPTR node, CElementSPTR& element, st
 
 int CIMSCProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
 {
-    std::string display;
-    if (element)
-        element->GetAttrValue(ATTR_DISPLAY, display);
+    const bool hidden = IsHidden(element);
     int result = CProfile::t_ParseAttributes(node, element);
-    if (result == ERR_NONE && display == "none")
-        element->AddAttrValue(ATTR_DISPLAY, display);
+    if (result == ERR_NONE && hidden)
+        element->AddAttrValue(ATTR_DISPLAY, kDisplayNone);
     return result;
 }
 
 int CIMSCProfile::t_HandleReferencedElement(XMLNODEPTR node, CElementSPTR& element)
 {
-    std::string display;
-    if (element)
-        element->GetAttrValue(ATTR_DISPLAY, display);
+    const bool hidden = IsHidden(element);
     int result = CProfile::t_HandleReferencedElement(node, element);
-    if (result == ERR_NONE && display == "none")
-        element->AddAttrValue(ATTR_DISPLAY, display);
+    if (result == ERR_NONE && hidden)
+        element->AddAttrValue(ATTR_DISPLAY, kDisplayNone);
     return result;
 }
 
@@ -244,10 +255,10 @@ int CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, C
         TTML_WARN("null pointer!");
         return ERR_NONE;
     }
-    std::string parentBegin;
-    if (!parent->GetAttrValue(ATTR_BEGIN, parentBegin))
+    const std::string* parentBegin = parent->GetAttrMap().Get(ATTR_BEGIN);
+    if (!parentBegin)
         return ERR_NONE;
-    const unsigned long long offset = ToMs(parentBegin);
+    const unsigned long long offset = ToMs(*parentBegin);
 
     struct Key {
         TTMLAttr attr;
@@ -257,15 +268,15 @@ int CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, C
         {ATTR_BEGIN, "Adding parent's (type=%d) begin time (%llu ms) to child's (type=%d) begin time (%s ms)"},
         {ATTR_END, "Adding parent's (type=%d) begin time (%llu ms) to child's (type=%d) end time (%s ms)"},
     };
+    std::string value;
     for (const Key& key : kKeys) {
-        std::string name(kTTMLAttrKeys[key.attr]);
-        std::string value;
         // Usually the attribute pass has just checked this very value.
         if (const TCheckedTime* checked = t_FindCheckedTime(node, key.attr)) {
             if (checked->code != ERR_NONE)
                 continue;
             value = checked->value;
         } else {
+            std::string name(kTTMLAttrKeys[key.attr]);
             if (!t_pXmlParser->GetAttrValue(node, name, value))
                 continue;
             if (t_pAttrHandler->ValidateAttribute(key.attr, value) != ERR_NONE)
@@ -274,7 +285,7 @@ int CIMSCProfile::m_HandleTimings(XMLNODEPTR node, const CElementSPTR& parent, C
         TTML_INFO(key.format, parent->GetType(), offset, element->GetType(), value.c_str());
         const unsigned long long own = ToMs(value);
         if (AddMs(offset, own) == std::numeric_limits<unsigned long long>::max()) {
-            TTML_WARN("Time out of range in %s: parent begin %llu ms + %llu ms", name.c_str(), offset, own);
+            TTML_WARN("Time out of range in %s: parent begin %llu ms + %llu ms", kTTMLAttrKeys[key.attr], offset, own);
             return ERR_INVALID;
         }
         element->AddAttrValue(key.attr, FromMs(offset + own));
@@ -328,15 +339,14 @@ void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CEl
 
 bool CIMSCProfile::m_IsDisplayValueAuto(CElementSPTR& element)
 {
-    std::string value;
-    if (element->GetAttrValue(ATTR_REGION, value)) {
-        CElementSPTR region = t_pStyleRegionInfo->GetRegion(value);
-        if (region && region->GetAttrValue(ATTR_DISPLAY, value) && value == "none")
+    if (const std::string* regionId = element->GetAttrMap().Get(ATTR_REGION)) {
+        CElementSPTR region = t_pStyleRegionInfo->GetRegion(*regionId);
+        if (region && Holds(*region, ATTR_DISPLAY, "none"))
             return false;
     }
-    if (!element->GetAttrValue(ATTR_DISPLAY, value) || value != "none")
+    if (!Holds(*element, ATTR_DISPLAY, "none"))
         return true;
-    if (element->GetAttrValue(ATTR_SHOWBACKGROUND, value) && value == "whenactive")
+    if (Holds(*element, ATTR_SHOWBACKGROUND, "whenactive"))
         return false;
     // Hidden, but the background stays: keep the area without text. Written
     // past the attribute filter, which would refuse text on a set copy.
@@ -365,9 +375,9 @@ void CIMSCProfile::t_AddElement(const std::string& begin, const std::string& end
 
 void CIMSCProfile::m_AddElement(CElementSPTR& element, unsigned long long begin, unsigned long long end)
 {
-    std::string regionId;
-    element->GetAttrValue(ATTR_REGION, regionId);
-    CElementSPTR regionElement = t_pStyleRegionInfo->GetRegion(regionId);
+    static const std::string kNoRegion;
+    const std::string* regionId = element->GetAttrMap().Get(ATTR_REGION);
+    CElementSPTR regionElement = t_pStyleRegionInfo->GetRegion(regionId ? *regionId : kNoRegion);
     auto* region = dynamic_cast<CIMSCElement*>(regionElement.get());
     if (!region) {
         t_pSubtitleInfo->AddElement(begin, end, element);
