@@ -229,6 +229,8 @@ INSTANTIATE_TEST_SUITE_P(
         Row{"OffsetInexactInBinary", Time, "32.62s", "0 0", "32620"}, Row{"OffsetMinutes", Time, "2m", "0 0", "120000"},
         Row{"OffsetHours", Time, "1h", "0 0", "3600000"}, Row{"OffsetFrames", Time, "12f", "24 0", "500"},
         Row{"OffsetTicks", Time, "10000000t", "0 10000000", "1000"},
+        Row{"OffsetBlankBeforeNumber", Time, " 1.5s", "0 0", "1500"},
+        Row{"OffsetUnknownUnit", Time, "5sx", "0 0", "0"},
         Row{"OffsetFramesAtZeroRate", Time, "12f", "0 0", "0"}, Row{"OffsetTicksAtZeroRate", Time, "12t", "0 0", "0"},
         Row{"NoMetric", Time, "5", "0 0", "0"}, Row{"NoMetricCharacter", Time, "5x", "0 0", "0"},
         Row{"NegativeGivesZero", Time, "-5s", "0 0", "0"},
@@ -339,17 +341,19 @@ TEST(ClockTime, ReadsOnlyThePartsGiven)
     EXPECT_EQ(3723000u, TTML::ConvertClockTimeToMS({"1", "2", "3"}, 25));
 }
 
-// The usual hh:mm:ss[.fff] form is read in place; it must give exactly what
-// the clock-time path gives for its parts.
+// The usual hh:mm:ss[.fff] and hh:mm:ss:ff[.sub] forms are read in place;
+// they must give exactly what the clock-time path gives for their parts.
 TEST(ClockTime, PlainFormMatchesTheClockTimePath)
 {
     std::mt19937 rng(99);
     for (int i = 0; i < 20000; ++i) {
         std::string expr = std::to_string(rng() % 1000) + ":" + std::to_string(10 + rng() % 50) + ":" +
                            std::to_string(10 + rng() % 50);
+        if (rng() % 3 == 0)
+            expr += ":" + std::to_string(rng() % 30);
         if (rng() % 4 != 0)
             expr += "." + std::to_string(rng() % 100000);
-        ASSERT_EQ(Time(expr, "0 0"), std::to_string(TTML::ConvertTimeExpressionToMS(expr, 0, 0))) << expr;
+        ASSERT_EQ(Time(expr, "25 0"), std::to_string(TTML::ConvertTimeExpressionToMS(expr, 25, 0))) << expr;
     }
 }
 
