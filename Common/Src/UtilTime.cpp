@@ -129,6 +129,31 @@ const char* PlainOffsetMetric(const std::string& expr)
     return nullptr;
 }
 
+// Digits with at most three decimals, below a million, read exactly:
+// `whole` and the fraction in thousandths. Below a million the
+// floating-point reading lands within far less than ToMs's snap of the
+// same whole milliseconds, so both readings agree.
+bool ReadSmallDecimal(const char* text, unsigned long long& whole, unsigned& thousandths)
+{
+    const unsigned long long kLimit = 1000000;
+    whole = 0;
+    thousandths = 0;
+    for (; IsAsciiDigit(*text); ++text) {
+        whole = whole * 10 + static_cast<unsigned>(*text - '0');
+        if (whole >= kLimit)
+            return false;
+    }
+    if (*text != '.')
+        return true;
+    unsigned scale = 100;
+    for (++text; IsAsciiDigit(*text); ++text, scale /= 10) {
+        if (scale == 0)
+            return false;
+        thousandths += static_cast<unsigned>(*text - '0') * scale;
+    }
+    return true;
+}
+
 // Milliseconds of `value` counted in `metric`.
 unsigned long long OffsetToMs(double value, const char* metric, double frameRate, int tickRate)
 {
@@ -158,6 +183,16 @@ unsigned long long ConvertTimeExpressionToMS(const std::string& expr, double fra
     ClockFields at;
     if (IsPlainClockTime(expr, at)) {
         const char* text = expr.c_str();
+        unsigned long long h = 0;
+        unsigned long long s = 0;
+        unsigned thousandths = 0;
+        if (at.framesAt == 0 && ReadSmallDecimal(text, h, thousandths) &&
+            ReadSmallDecimal(text + at.secondsAt, s, thousandths)) {
+            const auto m = static_cast<unsigned long long>(std::strtoll(text + at.secondsAt - 3, nullptr, 10));
+            const unsigned long long total = (h * 60 + m) * 60 + s;
+            if (total < 1000000)  // see ReadSmallDecimal
+                return total * 1000 + thousandths;
+        }
         const double hours = static_cast<double>(std::strtoll(text, nullptr, 10));
         const double minutes = static_cast<double>(std::strtoll(text + at.secondsAt - 3, nullptr, 10));
         const double seconds = strtod_l(text + at.secondsAt, nullptr, CLocale());
@@ -202,8 +237,13 @@ unsigned long long ConvertClockTimeToMS(const std::vector<std::string>& parts, d
 unsigned long long ConvertOffsetTimeToMS(const std::string& expr, double frameRate, int tickRate)
 {
     // The usual offset (840ms, 12.5s) is read without splitting it first.
-    if (const char* metric = PlainOffsetMetric(expr))
+    if (const char* metric = PlainOffsetMetric(expr)) {
+        unsigned long long whole = 0;
+        unsigned thousandths = 0;
+        if ((metric[0] == 's' || std::strcmp(metric, "ms") == 0) && ReadSmallDecimal(expr.c_str(), whole, thousandths))
+            return metric[0] == 's' ? whole * 1000 + thousandths : whole;
         return OffsetToMs(strtod_l(expr.c_str(), nullptr, CLocale()), metric, frameRate, tickRate);
+    }
     std::string number;
     std::string metric;
     if (!SplitStrByFindFirstOf(expr, "hmsft", number, metric))
