@@ -187,6 +187,16 @@ bool EncodesToItself(xmlDocPtr doc, const xmlChar* text)
     return true;
 }
 
+// The node itself when it is text, or an element's only child when that
+// is text; null otherwise or when the text has no content.
+const xmlNode* SingleTextNode(xmlNodePtr node)
+{
+    const xmlNode* text = node->type == XML_TEXT_NODE                   ? node
+                          : node->children && !node->children->next ? node->children
+                                                                      : nullptr;
+    return text && text->type == XML_TEXT_NODE && text->content ? text : nullptr;
+}
+
 // Only element nodes have attributes; in other node types the same field may
 // hold something else.
 bool HasAttributes(xmlNodePtr node)
@@ -347,14 +357,18 @@ std::string CXmlParser::GetElementContent(XMLNODEPTR pNodePtr)
         TTML_WARN("pNodePtr is NULL");
         return std::string();
     }
-    // A text node's content is encoded where it stands, without a copy; most
-    // need no escaping at all and are taken as they are.
-    if (pNodePtr->type == XML_TEXT_NODE && pNodePtr->content && EncodesToItself(pNodePtr->doc, pNodePtr->content))
-        return ToString(pNodePtr->content);
+    // A text node's content, or that of an element's only child when it is
+    // text, is encoded where it stands, without a copy; most need no
+    // escaping at all and are taken as they are.
+    const xmlNode* single = SingleTextNode(pNodePtr);
+    if (single && EncodesToItself(pNodePtr->doc, single->content))
+        return ToString(single->content);
     CXmlErrorRoute route;
     xmlChar* text = nullptr;
     const xmlChar* source = nullptr;
-    if (pNodePtr->type == XML_TEXT_NODE) {
+    if (single) {
+        source = single->content;
+    } else if (pNodePtr->type == XML_TEXT_NODE) {
         source = pNodePtr->content;
     } else {
         text = xmlNodeListGetString(pNodePtr->doc, pNodePtr->children, 1);
