@@ -34,11 +34,13 @@ private:
         const void* name;
         int number;
     };
-    static constexpr size_t kSlots = 64;  // a document uses a few dozen names
+    static constexpr size_t kSlots = 64;  // a document uses a few dozen names; see m_Index
     static size_t m_Index(const void* name)
     {
-        // Heap addresses are 16-byte aligned; the bits above vary.
-        return (reinterpret_cast<uintptr_t>(name) >> 4) % kSlots;
+        // Names lie packed side by side, so low bits alone would collide:
+        // take the top bits of a multiplicative hash.
+        const uint64_t mixed = static_cast<uint64_t>(reinterpret_cast<uintptr_t>(name)) * 0x9E3779B97F4A7C15ULL;
+        return static_cast<size_t>(mixed >> 58);  // 64 slots
     }
     std::array<Slot, kSlots> m_slots;
 };
