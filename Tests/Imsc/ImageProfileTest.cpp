@@ -6,7 +6,6 @@
 #include "../Image/PngMaker.h"
 #include "../Parser/ParserTestUtil.h"
 #include "CIMSC1ImageProfile.h"
-#include "CImageData.h"
 #include "CSubSampleBuilder.h"
 #include "LogCapture.h"
 #include "RowPrinter.h"
@@ -20,6 +19,7 @@ namespace {
 
 using namespace TTML;
 using ParserTest::Deliveries;
+using ParserTest::ImagesShown;
 using ParserTest::MakeRecord;
 
 // r2 shows its background only while something is shown in it.
@@ -29,13 +29,7 @@ const char kRegion[] = "<region xml:id=\"r1\" tts:origin=\"10px 10px\" tts:exten
 std::string ImageDoc(const std::string& body, const std::string& bodyAttrs = "",
                      const std::string& layout = kRegion)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-           " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\""
-           " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\" tts:extent=\"640px 480px\">"
-           "<head><layout>" +
-           layout + "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
+    return WalkTest::Doc(body, "", layout, ParserTest::kImageRoot + " tts:extent=\"640px 480px\"", "", bodyAttrs);
 }
 
 // A div in region r1 naming `image` (no attribute when empty); no begin or
@@ -51,25 +45,6 @@ std::string Div(const char* begin, const char* end, const std::string& image, co
     if (!image.empty())
         div += " smpte:backgroundImage=\"" + image + "\"";
     return children.empty() ? div + "/>" : div + ">" + children + "</div>";
-}
-
-// Every listed element as "begin-end:reference=WxH", or "begin-end:none"
-// when it carries no image, in interval order.
-std::string Describe(const CSubtitleInfo& info)
-{
-    std::string out;
-    for (const auto& key : ParserTest::Intervals(info)) {
-        std::list<CElementSPTR> elements;
-        info.GetElementListForInterval(key, elements);
-        for (const auto& e : elements) {
-            std::shared_ptr<CImageData> image = e->IsImageProfile() ? e->GetImageData() : nullptr;
-            out += (out.empty() ? "" : " ") + std::to_string(key.first) + "-" + std::to_string(key.second) + ":" +
-                   (image ? image->GetReference() + "=" + std::to_string(image->GetWidth()) + "x" +
-                                std::to_string(image->GetHeight())
-                          : "none");
-        }
-    }
-    return out;
 }
 
 // Finding images by position or name, and refusing corrupt ones, is the image
@@ -99,7 +74,7 @@ struct DivCase {
     std::string body;
     std::string bodyAttrs;
     int result;
-    std::string shown;                   // Describe() of the accepted document
+    std::string shown;                   // ImagesShown() of the accepted document
     std::vector<std::string> logged;     // messages containing these
     std::vector<std::string> notLogged;  // no message contains these
 };
@@ -155,7 +130,7 @@ TEST_P(ImageDiv, WalksIntoImageElements)
     ASSERT_EQ(run.result, c.result) << log.Dump();
     if (c.result == ERR_NONE) {
         ASSERT_NE(run.Doc(), nullptr);
-        EXPECT_EQ(Describe(*run.Doc()), c.shown);
+        EXPECT_EQ(ImagesShown(*run.Doc()), c.shown);
     } else {
         EXPECT_EQ(run.Doc(), nullptr);
     }
@@ -207,7 +182,7 @@ TEST(ImageProfile, EachDocumentUsesItsOwnSubSamples)
     parser.Destroy();
     std::string shown;
     for (const auto& doc : delivered.docs)
-        shown += Describe(*doc) + ";";
+        shown += ImagesShown(*doc) + ";";
     EXPECT_EQ(shown, "1000-2000:1=4x3;1000-2000:1=9x2;1000-2000:none;");
 }
 

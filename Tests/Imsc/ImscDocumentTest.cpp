@@ -150,20 +150,6 @@ bool CaseDocument(const DocCase& c, std::string& xml)
     return true;
 }
 
-std::string ValuesIn(const TTML::CSubtitleInfo& info, Interval interval, TTML::TTMLAttr attr)
-{
-    std::list<TTML::CElementSPTR> elements;
-    info.GetElementListForInterval(interval, elements);
-    std::string out;
-    bool first = true;
-    for (const auto& e : elements) {
-        std::string v;
-        out += (first ? "" : "|") + (e->GetAttrValue(attr, v) ? v : "<none>");
-        first = false;
-    }
-    return out;
-}
-
 // The case's intervals without the mark; probe becomes the marked one, else the last.
 std::string Unmarked(const char* intervals, Interval& probe)
 {

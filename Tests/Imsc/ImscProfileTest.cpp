@@ -24,16 +24,12 @@ using namespace TTML;
 using WalkTest::Attr;
 using WalkTest::ImscWalk;
 
-constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+using WalkTest::kRegion;
 
 std::string Doc(const std::string& body, const std::string& layout = kRegion, const std::string& rootAttrs = "",
                 const std::string& styling = "", const std::string& bodyAttrs = "region=\"r1\"")
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" " +
-           rootAttrs + "><head><styling>" + styling + "</styling><layout>" + layout + "</layout></head><body " +
-           bodyAttrs + ">" + body + "</body></tt>";
+    return WalkTest::Doc(body, styling, layout, rootAttrs, "", bodyAttrs);
 }
 
 // The stored form of a colour, as the attribute checks write it.

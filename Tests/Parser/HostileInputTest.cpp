@@ -180,13 +180,9 @@ std::string TooMany(const char* what, size_t found, size_t limit)
 // `png` packed as sub-sample 1 (named 1.png).
 Input ImageDoc(const std::string& reference, const std::string& png)
 {
-    Input in("<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-             " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-             " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\""
-             " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\" tts:extent=\"1920px 1080px\">"
-             "<head><layout><region xml:id=\"r1\" tts:origin=\"0px 0px\" tts:extent=\"1920px 1080px\"/></layout>"
-             "</head><body><div region=\"r1\" begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"" +
-             reference + "\"/></body></tt>");
+    Input in(WalkTest::Doc("<div region=\"r1\" begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"" + reference + "\"/>",
+                           "", "<region xml:id=\"r1\" tts:origin=\"0px 0px\" tts:extent=\"1920px 1080px\"/>",
+                           kImageRoot + " tts:extent=\"1920px 1080px\""));
     TTML::CSubSampleBuilder::Build({{"1.png", png}}, in.subSamples);
     return in;
 }

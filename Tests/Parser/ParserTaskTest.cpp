@@ -53,7 +53,7 @@ TEST(ParserTask, ResetReturnsAfterDeliveringTheQueueInOrderOnTheParserThread)
         EXPECT_EQ(doc.GetTimeStamp(), 100 * i - 300);
         const unsigned long long begin = i == 1 ? 1200 : 1000ULL * i, end = 1000ULL * i + 500;
         EXPECT_EQ(Intervals(doc), (IntervalList{{begin, end}}));
-        EXPECT_EQ(TextsIn(doc, {begin, end}), "Doc " + std::to_string(i));
+        EXPECT_EQ(ValuesIn(doc, {begin, end}), "Doc " + std::to_string(i));
     }
     // The reader is touched on the parser thread only, the reset's clean-up included.
     for (const auto& line : log.Lines()) {
@@ -223,24 +223,8 @@ TEST(DocumentContent, Utf16TextArrivesAsUtf8)
             utf16 += bigEndian ? std::string{'\0', c} : std::string{c, '\0'};
         SyncParser p(1);
         ASSERT_EQ(p.Run(utf16, 2), TTML::ERR_NONE);
-        EXPECT_EQ(TextsIn(*p.Last(), {1000, 2000}), "Caf\xC3\xA9") << "big endian: " << bigEndian;
+        EXPECT_EQ(ValuesIn(*p.Last(), {1000, 2000}), "Caf\xC3\xA9") << "big endian: " << bigEndian;
     }
-}
-
-// What a refused root costs: none of its parameters reach the document.
-TEST(DocumentContent, FailedRootKeepsNoneOfItsParameters)
-{
-    SyncParser p(1);
-    DocParts d;
-    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"smpte\"";
-    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
-    EXPECT_EQ(p.Last()->GetTimeBase(), "");
-    EXPECT_EQ(p.Last()->GetCellResolution(), "32 15");
-
-    d.rootAttrs = "ttp:cellResolution=\"40 20\" ttp:timeBase=\"media\"";
-    ASSERT_EQ(p.Run(MakeDoc(d), 2), TTML::ERR_NONE);
-    EXPECT_EQ(p.Last()->GetTimeBase(), "media");
-    EXPECT_EQ(p.Last()->GetCellResolution(), "40 20");
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ TEST(EbuDocumentDetail, SmpteRootKeepsTheDocumentsOwnTimeBaseUnset)
     ASSERT_EQ(ERR_NONE, w.result);
     // The root stopped at the time base and passed nothing on.
     EXPECT_EQ("", w.info.GetTimeBase());
+    EXPECT_EQ("32 15", w.info.GetCellResolution());
 }
 
 TEST(EbuDocumentDetail, FailedDownloadableFontRejectsTheDocument)

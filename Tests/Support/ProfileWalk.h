@@ -26,17 +26,18 @@ using TestProfile = Exposed<TTML::CEBUProfile>;
 
 constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
 
-// An EBU-TT-D document; head parts and root attributes are spliced in.
+// A TTML document (the EBU-TT-D and IMSC namespaces declared) with the given
+// parts spliced in; the one document builder of the walk and parser tests.
 inline std::string Doc(const std::string& body, const std::string& styling = "",
                        const std::string& layout = kRegion, const std::string& rootAttrs = "",
-                       const std::string& headExtra = "")
+                       const std::string& headExtra = "", const std::string& bodyAttrs = "")
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
            "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
            " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ttm=\"http://www.w3.org/ns/ttml#metadata\""
            " xmlns:ebuttm=\"urn:ebu:tt:metadata\" xmlns:ebutts=\"urn:ebu:tt:style\" " +
            rootAttrs + "><head>" + headExtra + "<styling>" + styling + "</styling><layout>" + layout +
-           "</layout></head><body>" + body + "</body></tt>";
+           "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
 }
 
 // A paragraph from 1 s to 2 s in region r1 holding `inner`.
