@@ -353,15 +353,4 @@ TEST(ClockTime, PlainFormMatchesTheClockTimePath)
     }
 }
 
-TEST(TimeOfDay, IsWallClockMillisecondsModulo32Bits)
-{
-    using namespace std::chrono;
-    auto wallMs = [] { return uint32_t(duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count()); };
-    // Read between two wall-clock reads (modulo 2^32, so wrap-around holds).
-    const uint32_t before = wallMs();
-    const uint32_t value = TTML::TTMLGetTimeofDay();
-    const uint32_t after = wallMs();
-    EXPECT_LE(uint32_t(value - before), uint32_t(after - before));
-}
-
 }  // namespace

@@ -2,7 +2,6 @@
 // defaults, referenced styles, weak parents, element names and the style,
 // region and agent registries.
 
-#include "CAgentInfo.h"
 #include "CEBUAttrHandler.h"
 #include "CElement.h"
 #include "CElementHandler.h"
@@ -133,27 +132,24 @@ TEST_F(ElementTest, InheritedThenReferencedThenOwn)
 
 // ---- Element names ---------------------------------------------------------------
 
-// Lookup (ToElemEnum) ignores case, validity (IsValidElement) does not;
-// names outside the table warn.
+// Lookup ignores case; names outside the table warn.
 TEST(ElementHandler, NamesAndTheirWarnings)
 {
-    const std::tuple<const char*, int, bool, const char*> cases[] = {
-        {"actor", ELEM_ACTOR, true, ""},
-        {"set", ELEM_SET, true, ""},
-        {"documentebuttversion", ELEM_DOCUMENTEBUTTVERSION, true, ""},
-        {"documentEbuttVersion", ELEM_DOCUMENTEBUTTVERSION, false, ""},
-        {"P", ELEM_P, false, ""},
-        {"", ELEM_UNKNOWN, false, "Empty string"},
-        {"image", ELEM_UNKNOWN, false, "No matching element found: image"},
-        {"tt:p", ELEM_UNKNOWN, false, "No matching element found: tt:p"},
+    const std::tuple<const char*, int, const char*> cases[] = {
+        {"actor", ELEM_ACTOR, ""},
+        {"set", ELEM_SET, ""},
+        {"documentEbuttVersion", ELEM_DOCUMENTEBUTTVERSION, ""},
+        {"P", ELEM_P, ""},
+        {"", ELEM_UNKNOWN, "Empty string"},
+        {"image", ELEM_UNKNOWN, "No matching element found: image"},
+        {"tt:p", ELEM_UNKNOWN, "No matching element found: tt:p"},
     };
     CElementHandler handler;
-    for (const auto& [name, type, valid, warning] : cases) {
+    for (const auto& [name, type, warning] : cases) {
         LogCapture log;
         EXPECT_EQ(type, handler.ToElemEnum(name)) << name;
         EXPECT_EQ(*warning ? 1u : 0u, log.Lines().size()) << log.Dump();
         EXPECT_EQ(*warning ? 1 : 0, log.Count(warning, DLOG_WARN)) << log.Dump();
-        EXPECT_EQ(valid, handler.IsValidElement(name)) << name;
     }
 }
 
@@ -181,26 +177,6 @@ TEST(StyleRegionInfo, FirstRegistrationOfAnIdStaysUntilReset)
     info.Reset();
     EXPECT_TRUE(watch.expired());
     EXPECT_TRUE(info.IsEmptyRegionList());
-}
-
-TEST(AgentInfo, FirstAgentOfAnIdAndFirstNameOfATypeStay)
-{
-    CAgentInfo info;
-    auto* first = new CAgent();
-    first->SetAgentName("full", "Alice Smith");
-    first->SetAgentName("full", "Someone Else");
-    first->SetAgentName("alias", "Al");
-    auto* refused = new CAgent();
-    info.SetAgent("a1", first);
-    info.SetAgent("a1", refused);
-    EXPECT_EQ(first, info.GetAgent("a1"));
-    EXPECT_EQ(nullptr, info.GetAgent("a2"));
-    EXPECT_EQ("Alice Smith", first->GetAgentName("full"));
-    EXPECT_EQ("Al", first->GetAgentName("alias"));
-    EXPECT_EQ("", first->GetAgentName("family"));
-    delete refused;  // still ours: a double free shows under the address sanitizer
-    info.Reset();
-    EXPECT_EQ(nullptr, info.GetAgent("a1"));
 }
 
 }  // namespace
