@@ -22,6 +22,7 @@
 #include <functional>
 
 using namespace ParserTest;
+using WalkTest::ClockTime;
 namespace Limits = TTML::Limits;
 
 namespace {
@@ -137,14 +138,6 @@ IntervalList StaggeredIntervals(unsigned n)
     return v;
 }
 
-std::string Clock(unsigned long long ms)
-{
-    char text[32];
-    std::snprintf(text, sizeof(text), "%02llu:%02llu:%02llu.%03llu", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
-                  ms % 1000);
-    return text;
-}
-
 // n one-second EBU-TT-D subtitles two seconds apart (Spaced(n, 2000, 1000,
 // 1000)), each in region `regions` cycles through (r0 .. r(regions-1)).
 std::string Film(unsigned n, unsigned regions = 1)
@@ -155,8 +148,8 @@ std::string Film(unsigned n, unsigned regions = 1)
         d.layout += "<region xml:id=\"r" + std::to_string(r) + "\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
     d.body = "<div>";
     for (unsigned i = 0; i < n; ++i)
-        d.body += "<p region=\"r" + std::to_string(i % regions) + "\" begin=\"" + Clock(2000ull * i + 1000) +
-                  "\" end=\"" + Clock(2000ull * i + 2000) + "\"><span>Subtitle line " + std::to_string(i) +
+        d.body += "<p region=\"r" + std::to_string(i % regions) + "\" begin=\"" + ClockTime(2000ull * i + 1000) +
+                  "\" end=\"" + ClockTime(2000ull * i + 2000) + "\"><span>Subtitle line " + std::to_string(i) +
                   "</span></p>";
     d.body += "</div>";
     return MakeDoc(d);

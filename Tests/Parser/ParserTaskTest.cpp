@@ -20,9 +20,8 @@ namespace {
 std::string DocAt(int second)
 {
     DocParts d;
-    const std::string s = (second < 10 ? "0" : "") + std::to_string(second);
-    d.body = "<div region=\"r1\"><p begin=\"00:00:" + s + ".000\" end=\"00:00:" + s + ".500\"><span>Doc " +
-             std::to_string(second) + "</span></p></div>";
+    d.body = "<div region=\"r1\"><p begin=\"" + WalkTest::ClockTime(1000 * second) + "\" end=\"" +
+             WalkTest::ClockTime(1000 * second + 500) + "\"><span>Doc " + std::to_string(second) + "</span></p></div>";
     return MakeDoc(d);
 }
 

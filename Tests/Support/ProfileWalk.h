@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,6 +26,10 @@ public:
 using TestProfile = Exposed<TTML::CEBUProfile>;
 
 constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+// Head metadata declaring EBU-TT-D (2018).
+constexpr const char* kEbu2018 = "<metadata><ebuttm:documentMetadata><ebuttm:conformsToStandard>"
+                                 "urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
+                                 "</ebuttm:documentMetadata></metadata>";
 
 // A TTML document (the EBU-TT-D and IMSC namespaces declared) with the given
 // parts spliced in; the one document builder of the walk and parser tests.
@@ -38,6 +43,15 @@ inline std::string Doc(const std::string& body, const std::string& styling = "",
            " xmlns:ebuttm=\"urn:ebu:tt:metadata\" xmlns:ebutts=\"urn:ebu:tt:style\" " +
            rootAttrs + "><head>" + headExtra + "<styling>" + styling + "</styling><layout>" + layout +
            "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
+}
+
+// `ms` as a clock time, hh:mm:ss.fff.
+inline std::string ClockTime(unsigned long long ms)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "%02llu:%02llu:%02llu.%03llu", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
+                  ms % 1000);
+    return text;
 }
 
 // A paragraph from 1 s to 2 s in region r1 holding `inner`.
