@@ -28,16 +28,6 @@ const char* const kNoTimedElement = "XML Document Error: No text element in subt
 // Bit value 8: documents without a declaration default to IMSC 1 text.
 const int kImscMode = 9;
 
-std::vector<std::string> SampleFiles()
-{
-    return ParserTest::SampleFiles(kSampleDir, ".ttml");
-}
-
-std::string ReadSample(const std::string& name)
-{
-    return ParserTest::ReadFile(kSampleDir / name);
-}
-
 std::string TestName(std::string file)
 {
     file = file.substr(0, file.rfind('.'));
@@ -60,7 +50,7 @@ const std::map<std::string, const char*> kRefused = {
 
 #define SKIP_WITHOUT_SAMPLES()                                                                        \
     do {                                                                                              \
-        if (SampleFiles().empty())                                                                    \
+        if (SampleFiles(kSampleDir, ".ttml").empty())                                                 \
             GTEST_SKIP() << "IMSC 1 samples not found in " << kSampleDir                              \
                          << " (set INTERTITLE_TESTDATA to the shared test data folder)";              \
     } while (0)
@@ -73,7 +63,7 @@ TEST_P(ImscSample, IsDeliveredOrRefusedForItsReason)
 {
     SKIP_WITHOUT_SAMPLES();
     const std::string& file = GetParam();
-    const std::string xml = ReadSample(file);
+    const std::string xml = ReadFile(kSampleDir / file);
     ASSERT_FALSE(xml.empty()) << file;
 
     LogCapture log;
@@ -102,7 +92,7 @@ TEST_P(ImscSample, IsDeliveredOrRefusedForItsReason)
     EXPECT_GT(p.Last()->GetLastEndTime(), 0u);
 }
 
-INSTANTIATE_TEST_SUITE_P(Parser, ImscSample, ::testing::ValuesIn(SampleFiles()),
+INSTANTIATE_TEST_SUITE_P(Parser, ImscSample, ::testing::ValuesIn(SampleFiles(kSampleDir, ".ttml")),
                          [](const ::testing::TestParamInfo<std::string>& info) { return TestName(info.param); });
 // Without the sample folder the list is empty; that is reported by the skips
 // of the other tests, not as an error.
@@ -140,7 +130,7 @@ void PrintTo(const DocCase& c, std::ostream* os)
 // replace, so that a twin never silently tests the original.
 bool CaseDocument(const DocCase& c, std::string& xml)
 {
-    xml = ReadSample(c.file);
+    xml = ReadFile(kSampleDir / c.file);
     for (const auto& e : c.edits) {
         size_t at = xml.find(e.first);
         if (at == std::string::npos)

@@ -1,7 +1,6 @@
 // IMSC 1 text walks: relative timing, dur and seq containers, display and
 // showBackground, the default region, root parameters and `set` splitting.
 
-#include "CIMSCAttrHandler.h"
 #include "CIMSCProfile.h"
 #include "CStyleRegionInfo.h"
 #include "CSubtitleInfo.h"
@@ -32,21 +31,14 @@ std::string Doc(const std::string& body, const std::string& layout = kRegion, co
     return WalkTest::Doc(body, styling, layout, rootAttrs, "", bodyAttrs);
 }
 
-// The stored form of a colour, as the attribute checks write it.
-std::string Colour(const char* text)
-{
-    CIMSCAttrHandler handler;
-    std::string value = text;
-    EXPECT_EQ(ERR_NONE, handler.ValidateAttribute(ATTR_COLOR, value)) << text;
-    return value;
-}
+// Red and blue as the attribute checks store them.
+const std::string kRed = "#ff0000", kBlue = "#0000ff";
 
 // Intervals in which an element with text `text` is listed, adjacent
 // intervals of the same element merged, in time order: "begin-end" each,
 // followed by R when its colour or region background is red, B when blue.
 std::string Pieces(const ImscWalk& walk, const std::string& text)
 {
-    static const std::string kRed = Colour("#ff0000"), kBlue = Colour("#0000ff");
     std::vector<WalkTest::Timed> pieces;
     std::set<CSubtitleInfo::TimeInterval> keys;
     walk.info.GetUniqueKeys(keys);
@@ -204,7 +196,7 @@ TEST(ImscRegion, InlineStyleStylesTheRegion)
     ASSERT_EQ(ERR_NONE, walk.result);
     CElementSPTR region = walk.profile.Registry()->GetRegion("r1");
     ASSERT_TRUE(region);
-    EXPECT_EQ(Colour("#ff0000"), Attr(region, ATTR_REGIONBACKGROUNDCOLOR));
+    EXPECT_EQ(kRed, Attr(region, ATTR_REGIONBACKGROUNDCOLOR));
     EXPECT_EQ("<absent>", Attr(region, ATTR_BACKGROUNDCOLOR));
     EXPECT_EQ("after", Attr(region, ATTR_DISPLAYALIGN));
     EXPECT_EQ("r1", Attr(region, ATTR_ID));

@@ -115,13 +115,6 @@ TEST(EbuDocumentDetail, SmpteRootKeepsTheDocumentsOwnTimeBaseUnset)
     EXPECT_EQ("32 15", w.info.GetCellResolution());
 }
 
-TEST(EbuDocumentDetail, FailedDownloadableFontRejectsTheDocument)
-{
-    const std::string xml = Doc(Para("x", "style=\"s\""), "<style xml:id=\"s\" tts:fontFamily=\"WebFont, default\"/>");
-    EXPECT_EQ(ERR_NONE, Walk(xml).result);
-    EXPECT_EQ(ERR_INVALID, Walk(xml, 0, 0, {"WebFont"}).result);
-}
-
 TEST(EbuDocumentDetail, UnsupportedStylingAndOffsetTimesHaveNoEffect)
 {
     Walk w(Doc(Para("<span tts:opacity=\"0.5\" tts:textOutline=\"red 2px\" tts:zIndex=\"3\" begin=\"1s\" "

@@ -87,15 +87,11 @@ struct Timed {
 template <typename Profile, int kNumber>
 class ProfileWalk {
 public:
-    explicit ProfileWalk(const std::string& xml, unsigned long long segmentStart = 0,
-                         unsigned long long segmentEnd = 0, const std::list<std::string>& failedFonts = {})
+    explicit ProfileWalk(const std::string& xml)
     {
         EXPECT_TRUE(profile.Initialize());
         profile.SetProfile(kNumber);
-        if (!failedFonts.empty())
-            profile.OnErrorDownloadableFonts(failedFonts);
         EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
-        info.SetSubtitleSegmentTimings(segmentStart, segmentEnd);
         TTML::CProfile::TTMLProfileData data;
         data.pXmlParser = &reader;
         data.pSubtitleInfo = &info;
