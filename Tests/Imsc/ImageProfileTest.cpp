@@ -18,7 +18,6 @@
 namespace {
 
 using namespace TTML;
-using ParserTest::Deliveries;
 using ParserTest::ImagesShown;
 using ParserTest::MakeRecord;
 
@@ -52,21 +51,16 @@ std::string Div(const char* begin, const char* end, const std::string& image, co
 const std::vector<CSubSampleBuilder::Entry> kTwo = {{"a.png", MakePng(4, 3)}, {"b.png", MakePng(7, 5)}};
 
 // One document through the parser task, with kTwo as its sub-sample data.
-struct ImageRun {
-    Deliveries delivered;
-    CParser parser;
+struct ImageRun : ParserTest::SyncParser {
     int result = -1;
     int resolved = -2;
 
     explicit ImageRun(const std::string& xml)
     {
-        parser.Initialize(1, &Deliveries::Callback, &delivered);
         SubRawData* record = MakeRecord(xml, 1);
         EXPECT_TRUE(CSubSampleBuilder::Build(kTwo, record->subSampleData));
         result = parser.ProcessRecord(record, &resolved);
     }
-    ~ImageRun() { parser.Destroy(); }
-    CSubtitleInfo* Doc() { return delivered.docs.empty() ? nullptr : delivered.docs.back().get(); }
 };
 
 struct DivCase {
@@ -129,10 +123,10 @@ TEST_P(ImageDiv, WalksIntoImageElements)
     EXPECT_EQ(run.resolved, 1);
     ASSERT_EQ(run.result, c.result) << log.Dump();
     if (c.result == ERR_NONE) {
-        ASSERT_NE(run.Doc(), nullptr);
-        EXPECT_EQ(ImagesShown(*run.Doc()), c.shown);
+        ASSERT_NE(run.Last(), nullptr);
+        EXPECT_EQ(ImagesShown(*run.Last()), c.shown);
     } else {
-        EXPECT_EQ(run.Doc(), nullptr);
+        EXPECT_EQ(run.Last(), nullptr);
     }
     for (const auto& part : c.logged)
         EXPECT_TRUE(log.HasContaining(part)) << "missing: " << part << "\n" << log.Dump();
@@ -151,7 +145,7 @@ TEST(ImageProfile, NarrowsWhatTheDivTakesFromItsRegion)
                           "<region xml:id=\"r1\" tts:extent=\"50% 20%\" tts:writingMode=\"RL\"/>"));
     ASSERT_EQ(run.result, ERR_NONE);
     std::list<CElementSPTR> elements;
-    run.Doc()->GetElementListForInterval({1000, 2000}, elements);
+    run.Last()->GetElementListForInterval({1000, 2000}, elements);
     ASSERT_EQ(elements.size(), 1u);
     EXPECT_EQ(WalkTest::Attr(elements.front(), ATTR_EXTENT) + " " + WalkTest::Attr(elements.front(), ATTR_WRITINGMODE),
               "auto rl");
@@ -161,19 +155,17 @@ TEST(ImageProfile, NarrowsWhatTheDivTakesFromItsRegion)
 // own sub-sample data, and the elements keep their images after the walk.
 TEST(ImageProfile, EachDocumentUsesItsOwnSubSamples)
 {
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+    ParserTest::SyncParser p;
     const std::vector<std::vector<CSubSampleBuilder::Entry>> data = {
         {{"x.png", MakePng(4, 3)}}, {{"x.png", MakePng(9, 2)}}, {}};
     for (const auto& images : data) {
         SubRawData* record = MakeRecord(ImageDoc(Div("1s", "2s", kSubs + "1")), 1);
         EXPECT_TRUE(images.empty() || CSubSampleBuilder::Build(images, record->subSampleData));
-        EXPECT_EQ(parser.ProcessRecord(record), ERR_NONE);
+        EXPECT_EQ(p.parser.ProcessRecord(record), ERR_NONE);
     }
-    parser.Destroy();
+    p.parser.Destroy();
     std::string shown;
-    for (const auto& doc : delivered.docs)
+    for (const auto& doc : p.delivered.docs)
         shown += ImagesShown(*doc) + ";";
     EXPECT_EQ(shown, "1000-2000:1=4x3;1000-2000:1=9x2;1000-2000:none;");
 }

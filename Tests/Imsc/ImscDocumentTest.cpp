@@ -159,14 +159,6 @@ std::string Unmarked(const char* intervals, Interval& probe)
     return out;
 }
 
-std::string RootOf(const TTML::CSubtitleInfo& doc)
-{
-    std::ostringstream out;
-    out << doc.GetCellResolution() << "|" << doc.GetTTExtent() << "|" << doc.GetEffectiveFrameRate() << "|"
-        << doc.GetTickRate();
-    return out.str();
-}
-
 const DocCase kDocs[] = {
     // Inner divisions 0-5 s, 5-10 s, 10-20 s in an untimed one; each p 0-5 s
     // counts from its division's begin. No layout: the anonymous region.
@@ -319,7 +311,10 @@ TEST_P(ImscSampleResult, MatchesHandDerivedValues)
             << key;
     }
     EXPECT_EQ(doc.GetTimeBase(), "media");
-    EXPECT_EQ(RootOf(doc), c.root);
+    std::ostringstream root;
+    root << doc.GetCellResolution() << "|" << doc.GetTTExtent() << "|" << doc.GetEffectiveFrameRate() << "|"
+         << doc.GetTickRate();
+    EXPECT_EQ(root.str(), c.root);
 }
 
 INSTANTIATE_TEST_SUITE_P(Parser, ImscSampleResult, ::testing::ValuesIn(kDocs),
