@@ -17,7 +17,6 @@
 
 #include <cstring>
 #include <list>
-#include <mutex>
 #include <string>
 
 // A source the test drives by hand: messages are delivered on the calling

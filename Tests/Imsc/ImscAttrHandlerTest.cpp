@@ -16,7 +16,6 @@ namespace {
 
 constexpr int kTextProfile = 0;
 constexpr int kImageProfile = 1;
-constexpr int kNoNumber = -1;
 
 std::string KeyOf(int attr)
 {
@@ -160,7 +159,7 @@ const ValueCase kValueCases[] = {
     // Named but without a check, or no number: dropped.
     {ATTR_FILLLINEGAP, "true", kTextProfile, ERR_NOT_SUPPORTED, ""},
     {ATTR_TEXT, "hello", kTextProfile, ERR_NOT_SUPPORTED, ""},
-    {kNoNumber, "x", kTextProfile, ERR_NOT_SUPPORTED, ""},
+    {-1, "x", kTextProfile, ERR_NOT_SUPPORTED, ""},
 };
 
 INSTANTIATE_TEST_SUITE_P(Table, ImscValidate, ::testing::ValuesIn(kValueCases),

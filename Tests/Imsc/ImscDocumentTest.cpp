@@ -23,8 +23,6 @@ namespace {
 namespace fs = std::filesystem;
 
 const fs::path kSampleDir = fs::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
-const char* const kImageDeclaration = "ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\"";
-const char* const kNoTimedElement = "XML Document Error: No text element in subtitle list";
 // Bit value 8: documents without a declaration default to IMSC 1 text.
 const int kImscMode = 9;
 
@@ -71,7 +69,7 @@ TEST_P(ImscSample, IsDeliveredOrRefusedForItsReason)
     int resolved = -2;
     const int result = p.Run(xml, -1, &resolved);
 
-    if (xml.find(kImageDeclaration) != std::string::npos) {
+    if (xml.find("ttp:profile=\"" + std::string(kImscImage) + "\"") != std::string::npos) {
         // The image walker's own suite judges these; here only the
         // resolution and that a result is delivered exactly when accepted.
         EXPECT_EQ(resolved, 1);
@@ -82,7 +80,7 @@ TEST_P(ImscSample, IsDeliveredOrRefusedForItsReason)
     auto refused = kRefused.find(file);
     if (refused != kRefused.end()) {
         EXPECT_EQ(result, TTML::ERR_INVALID) << refused->second;
-        EXPECT_TRUE(log.Has(kNoTimedElement)) << log.Dump();
+        EXPECT_TRUE(log.Has("XML Document Error: No text element in subtitle list")) << log.Dump();
         EXPECT_EQ(p.delivered.Count(), 0u);
         return;
     }
@@ -141,22 +139,14 @@ bool CaseDocument(const DocCase& c, std::string& xml)
 }
 
 // The case's intervals without the mark; probe becomes the marked one, else the last.
-std::string Unmarked(const char* intervals, Interval& probe)
+std::string Unmarked(std::string intervals, Interval& probe)
 {
-    std::string out;
-    bool marked = false;
-    std::istringstream words(intervals);
-    for (std::string word; words >> word;) {
-        const bool mark = word[0] == '*';
-        if (mark)
-            word.erase(0, 1);
-        if (mark || !marked) {
-            probe = {std::stoull(word), std::stoull(word.substr(word.find('-') + 1))};
-            marked = mark;
-        }
-        out += (out.empty() ? "" : " ") + word;
-    }
-    return out;
+    const size_t mark = intervals.find('*');
+    const size_t at = mark != std::string::npos ? mark + 1 : intervals.rfind(' ') + 1;  // npos + 1 is 0
+    probe = {std::stoull(intervals.substr(at)), std::stoull(intervals.substr(intervals.find('-', at) + 1))};
+    if (mark != std::string::npos)
+        intervals.erase(mark, 1);
+    return intervals;
 }
 
 const DocCase kDocs[] = {

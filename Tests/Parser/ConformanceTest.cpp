@@ -52,14 +52,6 @@ const std::map<std::string, Known> kKnown = {
      {"10000-20000 22000-30000 last 30000", {10000, 20000}, " |One \nline Subtitle.| "}},
 };
 
-std::string Spans(const TTML::CSubtitleInfo& info)
-{
-    std::string out;
-    for (const auto& i : Intervals(info))
-        out += std::to_string(i.first) + "-" + std::to_string(i.second) + " ";
-    return out + "last " + std::to_string(info.GetLastEndTime());
-}
-
 // As delivered, a sample is accepted by whichever profile its last
 // declaration names; with the IMSC 1 declaration removed, as EBU-TT-D.
 TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
@@ -87,7 +79,10 @@ TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
             EXPECT_EQ(resolved, imscLast && !asEbu ? 0 : 2);
             auto k = kKnown.find(name);
             if (k != kKnown.end()) {
-                EXPECT_EQ(Spans(*p.Last()), k->second.intervals);
+                std::string spans;
+                for (const auto& i : Intervals(*p.Last()))
+                    spans += std::to_string(i.first) + "-" + std::to_string(i.second) + " ";
+                EXPECT_EQ(spans + "last " + std::to_string(p.Last()->GetLastEndTime()), k->second.intervals);
                 EXPECT_EQ(ValuesIn(*p.Last(), k->second.probe), k->second.texts);
                 ++known;
             }
@@ -100,17 +95,6 @@ TEST(EbuSamples, EveryDocumentAsDeliveredAndAsEbu)
 // ---- IMSC 1 image documents ----------------------------------------------
 
 const std::filesystem::path kImageDir = std::filesystem::path(INTERTITLE_TESTDATA) / "imsc1" / "ttml";
-
-// Sub-sample data of every PNG beside the document, as a source would send it.
-std::string PackedImagesBeside(const std::filesystem::path& document)
-{
-    std::vector<std::string> paths;
-    for (const std::string& png : SampleFiles(document.parent_path(), ".png"))
-        paths.push_back((document.parent_path() / png).string());
-    std::string data;
-    EXPECT_TRUE(paths.empty() || TTML::CSubSampleBuilder::BuildFromFiles(paths, data));
-    return data;
-}
 
 // Hand-checked from the document and the size its PNG header states.
 const std::map<std::string, std::string> kImageResults = {
@@ -134,7 +118,12 @@ TEST(ImageSamples, EveryDocumentShowsDecodedImages)
         LogCapture log;
         SyncParser p;
         TTML::SubRawData* record = MakeRecord(xml);
-        record->subSampleData = PackedImagesBeside(kImageDir / file);
+        // Every PNG beside the document, packed as a source sends them.
+        const std::filesystem::path dir = (kImageDir / file).parent_path();
+        std::vector<std::string> pngs;
+        for (const std::string& png : SampleFiles(dir, ".png"))
+            pngs.push_back((dir / png).string());
+        EXPECT_TRUE(pngs.empty() || TTML::CSubSampleBuilder::BuildFromFiles(pngs, record->subSampleData));
         int resolved = -2;
         ASSERT_EQ(p.parser.ProcessRecord(record, &resolved), TTML::ERR_NONE) << log.Dump();
         EXPECT_EQ(resolved, 1);

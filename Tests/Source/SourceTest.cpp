@@ -486,16 +486,14 @@ TEST(TTMLSourceTest, DestroyWhilePlayingEndsDeliveryAndFreesTheSource)
 
 // ---- Sources from the environment ----
 
-const char* const kVariables[] = {"INTERTITLE_DVB_FEED", "INTERTITLE_ATSC_FEED", "INTERTITLE_BROADBAND_FEED",
-                                  "INTERTITLE_FEED"};
-
 class SourceEnvironment : public ::testing::Test {
 protected:
     void SetUp() override { Clean(); }
     void TearDown() override { Clean(); }
     static void Clean()
     {
-        for (const char* v : kVariables)
+        for (const char* v :
+             {"INTERTITLE_DVB_FEED", "INTERTITLE_ATSC_FEED", "INTERTITLE_BROADBAND_FEED", "INTERTITLE_FEED"})
             unsetenv(v);
         CSourceHolder::Reset();
     }

@@ -38,12 +38,6 @@ using TTML::CXmlParser;
 using TTML::XMLATTRPTR;
 using TTML::XMLNODEPTR;
 
-std::string EncodingLine(int number)
-{
-    return "XmlCharEncoding is: [" + std::to_string(number) +
-           "] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE";
-}
-
 // ASCII text in UTF-16, optionally behind its byte-order mark.
 std::string Utf16(const std::string& ascii, bool bigEndian, bool bom)
 {
@@ -93,7 +87,8 @@ TEST(XmlEncoding, DetectedNumberDecidesWhetherTheDocumentIsRead)
         const bool read = reader.ReadMemory(in.first.data(), static_cast<int>(in.first.size()));
         std::string got = read ? FirstParagraphText(reader) : "refused";
         for (int n = 0; n < 10; ++n) {
-            if (log.Has(EncodingLine(n), DLOG_INFO))
+            if (log.Has("XmlCharEncoding is: [" + std::to_string(n) +
+                            "] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE", DLOG_INFO))
                 got = std::to_string(n) + " " + got;
         }
         EXPECT_EQ(in.second, got);
