@@ -35,8 +35,7 @@ std::string Cut(size_t keep)
     return MakePng(4, 4).substr(0, keep);
 }
 
-// Each refused input gives no image and one warning that says why (truncated
-// pixels and huge sizes: HostileInputTest).
+// Each refused input gives no image and one warning that says why.
 TEST(ImageDataTest, RefusedInputsGiveNoImageAndSayWhy)
 {
     const char* const corrupt = "corrupt or truncated PNG";

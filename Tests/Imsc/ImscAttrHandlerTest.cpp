@@ -79,10 +79,11 @@ const ValueCase kValueCases[] = {
     {ATTR_BEGIN, "1s", kTextProfile, ERR_NONE, "4000", "", true},
     {ATTR_BEGIN, "90t", kTextProfile, ERR_NONE, "9000", "", true},
     {ATTR_END, "1s", kTextProfile, ERR_NONE, "1000", "", true},
-    // Document parameters (rates out of range: HostileInputTest).
+    // Document parameters.
     {ATTR_TICKRATE, "10000000", kTextProfile, ERR_NONE, "10000000"},
     {ATTR_SUBFRAMERATE, "-1", kTextProfile, ERR_IGNORE, ""},
     {ATTR_FRAMERATE, "25", kTextProfile, ERR_NONE, "25"},
+    {ATTR_FRAMERATE, "0", kTextProfile, ERR_IGNORE, "", "ttp:frameRate must be a whole number above 0: 0; ignored"},
     {ATTR_ASPECTRATIO, "16:9", kTextProfile, ERR_IGNORE, ""},
     {ATTR_TIMEBASE, "SMPTE", kTextProfile, ERR_NONE, "smpte"},
     {ATTR_TIMEBASE, "wall", kTextProfile, ERR_IGNORE, ""},

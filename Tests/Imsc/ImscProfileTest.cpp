@@ -1,11 +1,8 @@
 // IMSC 1 text walks: relative timing, dur and seq containers, display and
 // showBackground, the default region, root parameters and `set` splitting.
 
-#include "CIMSCProfile.h"
-#include "CStyleRegionInfo.h"
-#include "CSubtitleInfo.h"
 #include "LogCapture.h"
-#include "ProfileWalk.h"
+#include "ProfileWalk.h"  // the IMSC profile, its registries and the document
 #include "RowPrinter.h"
 
 #include <gtest/gtest.h>

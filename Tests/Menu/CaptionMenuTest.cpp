@@ -96,6 +96,7 @@ TEST_P(Enums, MapMenuIndicesToColoursAndFonts)
 INSTANTIATE_TEST_SUITE_P(Menu, Enums,
                          ::testing::Values(EnumCase{"Document", 0, nullptr, nullptr, false},
                                            EnumCase{"White", 1, "65535,65535,65535,65535", "monospaceserif", false},
+                                           EnumCase{"Red", 3, "65535,65535,0,0", "Cpf02", false},
                                            EnumCase{"Cyan", 8, "65535,0,65535,65535", "Cpf07", false},
                                            EnumCase{"Nine", 9, nullptr, nullptr, true},
                                            EnumCase{"Negative", -1, nullptr, nullptr, true}),
