@@ -9,6 +9,7 @@
 #include "CTTMLMenu.h"
 #include "CTVService.h"
 #include "ITTMLSource.h"
+#include "ProfileWalk.h"
 #include "StartNotifyData.h"
 #include "TTMLLog.h"
 
@@ -16,7 +17,6 @@
 
 #include <cstring>
 #include <list>
-#include <mutex>
 #include <string>
 
 // A source the test drives by hand: messages are delivered on the calling
@@ -84,14 +84,10 @@ private:
 };
 
 // A valid EBU-TT-D document: one paragraph, [1000, 3000] ms.
-const std::string kEbuDocument =
-    "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\" "
-    "xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\" "
-    "ttp:timeBase=\"media\" xml:lang=\"en\"><head><metadata><ebuttm:documentMetadata>"
-    "<ebuttm:conformsToStandard>urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
-    "</ebuttm:documentMetadata></metadata>"
-    "<layout><region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/></layout></head>"
-    "<body><div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:03.000\">The kettle is on.</p></div></body></tt>";
+const std::string kEbuDocument = WalkTest::Doc(
+    "<div region=\"r\"><p begin=\"00:00:01.000\" end=\"00:00:03.000\">The kettle is on.</p></div>", "",
+    "<region xml:id=\"r\" tts:origin=\"10% 70%\" tts:extent=\"80% 20%\"/>", "ttp:timeBase=\"media\" xml:lang=\"en\"",
+    WalkTest::kEbu2018);
 
 // A headless canvas with the main loop available; the controller makes its
 // own graphics object, so the fixture's is given back at once.

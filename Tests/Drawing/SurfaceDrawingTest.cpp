@@ -1,44 +1,11 @@
 // Regions on their own: refused sizes and images, padding, images scaled to
 // the region. What the renderer draws into them is judged in test_render.
+#include "../Image/PngMaker.h"
 #include "DrawingFixture.h"
 #include "CTextSurface.h"
 #include "LogCapture.h"
 
-#include <Evas.h>
-
-#include <unistd.h>
-
-#include <cstdio>
-#include <fstream>
-#include <iterator>
-
 using namespace TTML;
-
-namespace {
-
-// A w x h PNG of one colour, as bytes.
-std::vector<unsigned char> MakePng(Evas* pEvas, int w, int h, unsigned int argb)
-{
-    Evas_Object* pImage = evas_object_image_add(pEvas);
-    evas_object_image_colorspace_set(pImage, EVAS_COLORSPACE_ARGB8888);
-    evas_object_image_alpha_set(pImage, EINA_TRUE);
-    evas_object_image_size_set(pImage, w, h);
-    std::vector<unsigned int> pixels((size_t)w * h, argb);
-    evas_object_image_data_copy_set(pImage, pixels.data());
-    char path[] = "/tmp/drawing-test-XXXXXX.png";
-    close(mkstemps(path, 4));
-    const bool saved = evas_object_image_save(pImage, path, nullptr, nullptr);
-    evas_object_del(pImage);
-    std::vector<unsigned char> bytes;
-    if (saved) {
-        std::ifstream in(path, std::ios::binary);
-        bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-    }
-    unlink(path);
-    return bytes;
-}
-
-}  // namespace
 
 TEST_F(DrawingTest, ZeroAndOversizedSurfacesAreRefusedAndDrawNothing)
 {
@@ -72,7 +39,7 @@ TEST_F(DrawingTest, PaddingAndImageFillTheRegionAsAsked)
     pSurface->GetGeometry(nullptr, nullptr, &w, &h);
     EXPECT_EQ((std::vector<int>{-50, -50, 350, 250}), (std::vector<int>{dw, dh, w, h}));
 
-    std::vector<unsigned char> png = MakePng(m_canvas.GetEvas(), 50, 25, 0xff00ff00);
+    std::string png = MakePng(50, 25, 0xff00ff00);
     ASSERT_GT(png.size(), 8u);
     pSurface = MakeSurface(600, 700, 400, 200);
     ASSERT_TRUE(pSurface->AttachImage(Root(), png.data(), png.size()));
@@ -87,7 +54,7 @@ TEST_F(DrawingTest, PaddingAndImageFillTheRegionAsAsked)
 
 TEST_F(DrawingTest, BadImagesAreRefusedAndNothingIsDrawn)
 {
-    std::vector<unsigned char> png = MakePng(m_canvas.GetEvas(), 20, 20, 0xffff0000);
+    const std::string png = MakePng(20, 20, 0xffff0000);
     ASSERT_GT(png.size(), 40u);
     const std::vector<unsigned char> garbage(300, 0x5a);
     const std::vector<std::pair<const void*, size_t>> buffers{

@@ -31,6 +31,7 @@
 #include <thread>
 
 using namespace TTML;
+using WalkTest::ClockTime;
 
 namespace {
 
@@ -72,14 +73,6 @@ std::vector<Span> RandomSpans(std::mt19937& rng, long long documentTime)
     return spans;
 }
 
-std::string Clock(unsigned long long ms)
-{
-    char buf[32];
-    std::snprintf(buf, sizeof(buf), "%02llu:%02llu:%02llu.%03llu", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
-                  ms % 1000);
-    return buf;
-}
-
 // The controller tests' EBU-TT-D document with its paragraph moved, for the parser's way in.
 SubRawData* MakeXmlDocument(const Span& span, void* pCore)
 {
@@ -88,7 +81,7 @@ SubRawData* MakeXmlDocument(const Span& span, void* pCore)
     pRaw->profile = 2;
     pRaw->xmlData = kEbuDocument;
     pRaw->xmlData.replace(pRaw->xmlData.find(times), times.size(),
-                          "begin=\"" + Clock(span.first) + "\" end=\"" + Clock(span.second) + "\"");
+                          "begin=\"" + ClockTime(span.first) + "\" end=\"" + ClockTime(span.second) + "\"");
     pRaw->pCore = pCore;
     return pRaw;
 }

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-// A w x h RGBA PNG file in memory (a gradient, so rows differ), or an empty
-// string when libpng cannot write it.
-inline std::string MakePng(unsigned int w, unsigned int h)
+// A w x h RGBA PNG file in memory, of one colour `argb` when given, else a
+// gradient (so rows differ); an empty string when libpng cannot write it.
+inline std::string MakePng(unsigned int w, unsigned int h, unsigned int argb = 0)
 {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
@@ -17,7 +17,7 @@ inline std::string MakePng(unsigned int w, unsigned int h)
     image.format = PNG_FORMAT_RGBA;
     std::vector<unsigned char> pixels(static_cast<size_t>(w) * h * 4);
     for (size_t i = 0; i < pixels.size(); ++i)
-        pixels[i] = static_cast<unsigned char>(i * 7);
+        pixels[i] = static_cast<unsigned char>(argb ? argb >> (i % 4 == 3 ? 24 : 16 - 8 * (i % 4)) : i * 7);
     png_alloc_size_t size = 0;
     png_image_write_to_memory(&image, nullptr, &size, 0, pixels.data(), 0, nullptr);
     std::string out(size, '\0');

@@ -90,14 +90,10 @@ TEST_F(SubSampleImageUtilTest, RepeatedLookupsShareOneImageUntilReleased)
     EXPECT_EQ(m_second + m_second, Bytes(first) + Bytes(again)) << "holders keep their images past the data";
     util.ReleaseImages();  // both are safe on an emptied util
     util.Clear();
-}
-
-TEST(SubSampleImageUtilEmptyTest, NoDataIsNoImagesWithoutComplaint)
-{
+    // No data at all is no images, without a complaint.
     std::string none;
     LogCapture log;
-    CSubSampleImageUtil util(none);
-    EXPECT_EQ(0u, util.GetCount());
+    EXPECT_EQ(0u, CSubSampleImageUtil(none).GetCount());
     EXPECT_FALSE(log.HasContaining("refused"));
 }
 

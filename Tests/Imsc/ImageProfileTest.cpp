@@ -6,7 +6,6 @@
 #include "../Image/PngMaker.h"
 #include "../Parser/ParserTestUtil.h"
 #include "CIMSC1ImageProfile.h"
-#include "CImageData.h"
 #include "CSubSampleBuilder.h"
 #include "LogCapture.h"
 #include "RowPrinter.h"
@@ -19,7 +18,7 @@
 namespace {
 
 using namespace TTML;
-using ParserTest::Deliveries;
+using ParserTest::ImagesShown;
 using ParserTest::MakeRecord;
 
 // r2 shows its background only while something is shown in it.
@@ -29,13 +28,7 @@ const char kRegion[] = "<region xml:id=\"r1\" tts:origin=\"10px 10px\" tts:exten
 std::string ImageDoc(const std::string& body, const std::string& bodyAttrs = "",
                      const std::string& layout = kRegion)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-           " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\""
-           " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\" tts:extent=\"640px 480px\">"
-           "<head><layout>" +
-           layout + "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
+    return WalkTest::Doc(body, "", layout, ParserTest::kImageRoot + " tts:extent=\"640px 480px\"", "", bodyAttrs);
 }
 
 // A div in region r1 naming `image` (no attribute when empty); no begin or
@@ -53,45 +46,21 @@ std::string Div(const char* begin, const char* end, const std::string& image, co
     return children.empty() ? div + "/>" : div + ">" + children + "</div>";
 }
 
-// Every listed element as "begin-end:reference=WxH", or "begin-end:none"
-// when it carries no image, in interval order.
-std::string Describe(const CSubtitleInfo& info)
-{
-    std::string out;
-    for (const auto& key : ParserTest::Intervals(info)) {
-        std::list<CElementSPTR> elements;
-        info.GetElementListForInterval(key, elements);
-        for (const auto& e : elements) {
-            std::shared_ptr<CImageData> image = e->IsImageProfile() ? e->GetImageData() : nullptr;
-            out += (out.empty() ? "" : " ") + std::to_string(key.first) + "-" + std::to_string(key.second) + ":" +
-                   (image ? image->GetReference() + "=" + std::to_string(image->GetWidth()) + "x" +
-                                std::to_string(image->GetHeight())
-                          : "none");
-        }
-    }
-    return out;
-}
-
 // Finding images by position or name, and refusing corrupt ones, is the image
 // component's and tested there; here only what the walk asks it for.
 const std::vector<CSubSampleBuilder::Entry> kTwo = {{"a.png", MakePng(4, 3)}, {"b.png", MakePng(7, 5)}};
 
 // One document through the parser task, with kTwo as its sub-sample data.
-struct ImageRun {
-    Deliveries delivered;
-    CParser parser;
+struct ImageRun : ParserTest::SyncParser {
     int result = -1;
     int resolved = -2;
 
     explicit ImageRun(const std::string& xml)
     {
-        parser.Initialize(1, &Deliveries::Callback, &delivered);
         SubRawData* record = MakeRecord(xml, 1);
         EXPECT_TRUE(CSubSampleBuilder::Build(kTwo, record->subSampleData));
         result = parser.ProcessRecord(record, &resolved);
     }
-    ~ImageRun() { parser.Destroy(); }
-    CSubtitleInfo* Doc() { return delivered.docs.empty() ? nullptr : delivered.docs.back().get(); }
 };
 
 struct DivCase {
@@ -99,7 +68,7 @@ struct DivCase {
     std::string body;
     std::string bodyAttrs;
     int result;
-    std::string shown;                   // Describe() of the accepted document
+    std::string shown;                   // ImagesShown() of the accepted document
     std::vector<std::string> logged;     // messages containing these
     std::vector<std::string> notLogged;  // no message contains these
 };
@@ -154,10 +123,10 @@ TEST_P(ImageDiv, WalksIntoImageElements)
     EXPECT_EQ(run.resolved, 1);
     ASSERT_EQ(run.result, c.result) << log.Dump();
     if (c.result == ERR_NONE) {
-        ASSERT_NE(run.Doc(), nullptr);
-        EXPECT_EQ(Describe(*run.Doc()), c.shown);
+        ASSERT_NE(run.Last(), nullptr);
+        EXPECT_EQ(ImagesShown(*run.Last()), c.shown);
     } else {
-        EXPECT_EQ(run.Doc(), nullptr);
+        EXPECT_EQ(run.Last(), nullptr);
     }
     for (const auto& part : c.logged)
         EXPECT_TRUE(log.HasContaining(part)) << "missing: " << part << "\n" << log.Dump();
@@ -172,42 +141,32 @@ INSTANTIATE_TEST_SUITE_P(Imsc, ImageDiv, ::testing::ValuesIn(kDivCases), TTMLTes
 // a kept one reaches the div through its region.
 TEST(ImageProfile, NarrowsWhatTheDivTakesFromItsRegion)
 {
-    const struct {
-        const char* regionAttrs;
-        int attr;
-        const char* value;
-    } cases[] = {{"tts:extent=\"50% 20%\"", ATTR_EXTENT, "auto"}, {"tts:writingMode=\"RL\"", ATTR_WRITINGMODE, "rl"}};
-    for (const auto& c : cases) {
-        const std::string layout = std::string("<region xml:id=\"r1\" ") + c.regionAttrs + "/>";
-        ImageRun run(ImageDoc(Div("1s", "2s", "a.png"), "", layout));
-        ASSERT_EQ(run.result, ERR_NONE);
-        std::list<CElementSPTR> elements;
-        run.Doc()->GetElementListForInterval({1000, 2000}, elements);
-        ASSERT_EQ(elements.size(), 1u);
-        std::string value;
-        elements.front()->GetAttrValue(c.attr, value);
-        EXPECT_EQ(value, c.value) << c.regionAttrs;
-    }
+    ImageRun run(ImageDoc(Div("1s", "2s", "a.png"), "",
+                          "<region xml:id=\"r1\" tts:extent=\"50% 20%\" tts:writingMode=\"RL\"/>"));
+    ASSERT_EQ(run.result, ERR_NONE);
+    std::list<CElementSPTR> elements;
+    run.Last()->GetElementListForInterval({1000, 2000}, elements);
+    ASSERT_EQ(elements.size(), 1u);
+    EXPECT_EQ(WalkTest::Attr(elements.front(), ATTR_EXTENT) + " " + WalkTest::Attr(elements.front(), ATTR_WRITINGMODE),
+              "auto rl");
 }
 
 // The util lives for one document: the next document's references reach its
 // own sub-sample data, and the elements keep their images after the walk.
 TEST(ImageProfile, EachDocumentUsesItsOwnSubSamples)
 {
-    Deliveries delivered;
-    CParser parser;
-    ASSERT_TRUE(parser.Initialize(1, &Deliveries::Callback, &delivered));
+    ParserTest::SyncParser p;
     const std::vector<std::vector<CSubSampleBuilder::Entry>> data = {
         {{"x.png", MakePng(4, 3)}}, {{"x.png", MakePng(9, 2)}}, {}};
     for (const auto& images : data) {
         SubRawData* record = MakeRecord(ImageDoc(Div("1s", "2s", kSubs + "1")), 1);
         EXPECT_TRUE(images.empty() || CSubSampleBuilder::Build(images, record->subSampleData));
-        EXPECT_EQ(parser.ProcessRecord(record), ERR_NONE);
+        EXPECT_EQ(p.parser.ProcessRecord(record), ERR_NONE);
     }
-    parser.Destroy();
+    p.parser.Destroy();
     std::string shown;
-    for (const auto& doc : delivered.docs)
-        shown += Describe(*doc) + ";";
+    for (const auto& doc : p.delivered.docs)
+        shown += ImagesShown(*doc) + ";";
     EXPECT_EQ(shown, "1000-2000:1=4x3;1000-2000:1=9x2;1000-2000:none;");
 }
 

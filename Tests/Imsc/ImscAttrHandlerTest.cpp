@@ -16,7 +16,6 @@ namespace {
 
 constexpr int kTextProfile = 0;
 constexpr int kImageProfile = 1;
-constexpr int kNoNumber = -1;
 
 std::string KeyOf(int attr)
 {
@@ -81,8 +80,6 @@ const ValueCase kValueCases[] = {
     {ATTR_BEGIN, "90t", kTextProfile, ERR_NONE, "9000", "", true},
     {ATTR_END, "1s", kTextProfile, ERR_NONE, "1000", "", true},
     // Document parameters.
-    {ATTR_TICKRATE, "0", kTextProfile, ERR_IGNORE, "",
-     "ttp:tickRate out of range (1 to 2147483647 ticks a second): 0; ignored"},
     {ATTR_TICKRATE, "10000000", kTextProfile, ERR_NONE, "10000000"},
     {ATTR_SUBFRAMERATE, "-1", kTextProfile, ERR_IGNORE, ""},
     {ATTR_FRAMERATE, "25", kTextProfile, ERR_NONE, "25"},
@@ -163,7 +160,7 @@ const ValueCase kValueCases[] = {
     // Named but without a check, or no number: dropped.
     {ATTR_FILLLINEGAP, "true", kTextProfile, ERR_NOT_SUPPORTED, ""},
     {ATTR_TEXT, "hello", kTextProfile, ERR_NOT_SUPPORTED, ""},
-    {kNoNumber, "x", kTextProfile, ERR_NOT_SUPPORTED, ""},
+    {-1, "x", kTextProfile, ERR_NOT_SUPPORTED, ""},
 };
 
 INSTANTIATE_TEST_SUITE_P(Table, ImscValidate, ::testing::ValuesIn(kValueCases),

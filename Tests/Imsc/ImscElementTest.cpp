@@ -63,18 +63,13 @@ TEST_F(ImscElementTest, OutOfRangeAttributeIsRefusedAndNoHandlerFiltersNothing)
     EXPECT_EQ(1u, span->GetAttrMap().size());
 }
 
-TEST_F(ImscElementTest, RootStartsFromTheImscDefaults)
+// A root starts from the IMSC defaults; a child copies its parent's map
+// whole: filtering happens only on AddAttrValue.
+TEST_F(ImscElementTest, RootTakesTheDefaultsAndChildrenTheParentsMapUnfiltered)
 {
-    auto tt = Make(ELEM_TT);
-    CElementSPTR none;
-    tt->CreateFromParent(none);
-    EXPECT_EQ(m_handler.GetDefaultAttrValues(), tt->GetAttrMap());
-}
-
-// The parent's map is copied whole: filtering happens only on AddAttrValue.
-TEST_F(ImscElementTest, ParentMapIsCopiedUnfiltered)
-{
-    CElementSPTR p = Make(ELEM_P);
+    CElementSPTR none, p = Make(ELEM_P);
+    p->CreateFromParent(none);
+    EXPECT_EQ(m_handler.GetDefaultAttrValues(), p->GetAttrMap());
     p->AddAttrValue(ATTR_LINEPADDING, "1c");
     auto span = Make(ELEM_SPAN);
     span->CreateFromParent(p);

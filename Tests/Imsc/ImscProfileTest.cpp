@@ -1,12 +1,8 @@
 // IMSC 1 text walks: relative timing, dur and seq containers, display and
 // showBackground, the default region, root parameters and `set` splitting.
 
-#include "CIMSCAttrHandler.h"
-#include "CIMSCProfile.h"
-#include "CStyleRegionInfo.h"
-#include "CSubtitleInfo.h"
 #include "LogCapture.h"
-#include "ProfileWalk.h"
+#include "ProfileWalk.h"  // the IMSC profile, its registries and the document
 #include "RowPrinter.h"
 
 #include <gtest/gtest.h>
@@ -24,33 +20,22 @@ using namespace TTML;
 using WalkTest::Attr;
 using WalkTest::ImscWalk;
 
-constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+using WalkTest::kRegion;
 
 std::string Doc(const std::string& body, const std::string& layout = kRegion, const std::string& rootAttrs = "",
                 const std::string& styling = "", const std::string& bodyAttrs = "region=\"r1\"")
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" " +
-           rootAttrs + "><head><styling>" + styling + "</styling><layout>" + layout + "</layout></head><body " +
-           bodyAttrs + ">" + body + "</body></tt>";
+    return WalkTest::Doc(body, styling, layout, rootAttrs, "", bodyAttrs);
 }
 
-// The stored form of a colour, as the attribute checks write it.
-std::string Colour(const char* text)
-{
-    CIMSCAttrHandler handler;
-    std::string value = text;
-    EXPECT_EQ(ERR_NONE, handler.ValidateAttribute(ATTR_COLOR, value)) << text;
-    return value;
-}
+// Red and blue as the attribute checks store them.
+const std::string kRed = "#ff0000", kBlue = "#0000ff";
 
 // Intervals in which an element with text `text` is listed, adjacent
 // intervals of the same element merged, in time order: "begin-end" each,
 // followed by R when its colour or region background is red, B when blue.
 std::string Pieces(const ImscWalk& walk, const std::string& text)
 {
-    static const std::string kRed = Colour("#ff0000"), kBlue = Colour("#0000ff");
     std::vector<WalkTest::Timed> pieces;
     std::set<CSubtitleInfo::TimeInterval> keys;
     walk.info.GetUniqueKeys(keys);
@@ -208,7 +193,7 @@ TEST(ImscRegion, InlineStyleStylesTheRegion)
     ASSERT_EQ(ERR_NONE, walk.result);
     CElementSPTR region = walk.profile.Registry()->GetRegion("r1");
     ASSERT_TRUE(region);
-    EXPECT_EQ(Colour("#ff0000"), Attr(region, ATTR_REGIONBACKGROUNDCOLOR));
+    EXPECT_EQ(kRed, Attr(region, ATTR_REGIONBACKGROUNDCOLOR));
     EXPECT_EQ("<absent>", Attr(region, ATTR_BACKGROUNDCOLOR));
     EXPECT_EQ("after", Attr(region, ATTR_DISPLAYALIGN));
     EXPECT_EQ("r1", Attr(region, ATTR_ID));

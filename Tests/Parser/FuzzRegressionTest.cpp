@@ -32,7 +32,7 @@ TEST_P(FuzzRegression, GivesItsResult)
     EXPECT_EQ(expected, sync.parser.ProcessRecord(pRecord));
     if (TTML::CSubtitleInfo* pInfo = sync.Last()) {
         for (const auto& interval : Intervals(*pInfo))
-            TextsIn(*pInfo, interval);
+            ValuesIn(*pInfo, interval);
     }
 }
 

@@ -22,6 +22,7 @@
 #include <functional>
 
 using namespace ParserTest;
+using WalkTest::ClockTime;
 namespace Limits = TTML::Limits;
 
 namespace {
@@ -137,14 +138,6 @@ IntervalList StaggeredIntervals(unsigned n)
     return v;
 }
 
-std::string Clock(unsigned long long ms)
-{
-    char text[32];
-    std::snprintf(text, sizeof(text), "%02llu:%02llu:%02llu.%03llu", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
-                  ms % 1000);
-    return text;
-}
-
 // n one-second EBU-TT-D subtitles two seconds apart (Spaced(n, 2000, 1000,
 // 1000)), each in region `regions` cycles through (r0 .. r(regions-1)).
 std::string Film(unsigned n, unsigned regions = 1)
@@ -155,8 +148,8 @@ std::string Film(unsigned n, unsigned regions = 1)
         d.layout += "<region xml:id=\"r" + std::to_string(r) + "\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
     d.body = "<div>";
     for (unsigned i = 0; i < n; ++i)
-        d.body += "<p region=\"r" + std::to_string(i % regions) + "\" begin=\"" + Clock(2000ull * i + 1000) +
-                  "\" end=\"" + Clock(2000ull * i + 2000) + "\"><span>Subtitle line " + std::to_string(i) +
+        d.body += "<p region=\"r" + std::to_string(i % regions) + "\" begin=\"" + ClockTime(2000ull * i + 1000) +
+                  "\" end=\"" + ClockTime(2000ull * i + 2000) + "\"><span>Subtitle line " + std::to_string(i) +
                   "</span></p>";
     d.body += "</div>";
     return MakeDoc(d);
@@ -180,13 +173,9 @@ std::string TooMany(const char* what, size_t found, size_t limit)
 // `png` packed as sub-sample 1 (named 1.png).
 Input ImageDoc(const std::string& reference, const std::string& png)
 {
-    Input in("<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-             " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\""
-             " xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\""
-             " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/image\" tts:extent=\"1920px 1080px\">"
-             "<head><layout><region xml:id=\"r1\" tts:origin=\"0px 0px\" tts:extent=\"1920px 1080px\"/></layout>"
-             "</head><body><div region=\"r1\" begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"" +
-             reference + "\"/></body></tt>");
+    Input in(WalkTest::Doc("<div region=\"r1\" begin=\"1s\" end=\"2s\" smpte:backgroundImage=\"" + reference + "\"/>",
+                           "", "<region xml:id=\"r1\" tts:origin=\"0px 0px\" tts:extent=\"1920px 1080px\"/>",
+                           kImageRoot + " tts:extent=\"1920px 1080px\""));
     TTML::CSubSampleBuilder::Build({{"1.png", png}}, in.subSamples);
     return in;
 }

@@ -1,8 +1,10 @@
 #ifndef INTERTITLE_TESTS_PARSERTESTUTIL_H
 #define INTERTITLE_TESTS_PARSERTESTUTIL_H
 
+#include "CImageData.h"
 #include "CParser.h"
 #include "CSubtitleInfo.h"
+#include "ProfileWalk.h"
 #include "SubRawData.h"
 
 #include <pthread.h>
@@ -26,7 +28,7 @@ struct DocParts {
     std::string rootAttrs = "ttp:timeBase=\"media\"";
     std::string head;  // extra head children, before styling and layout
     std::string styling;
-    std::string layout = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+    std::string layout = WalkTest::kRegion;
     std::string body = "<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:02.000\">"
                        "<span>Hello</span></p></div>";
 };
@@ -53,12 +55,7 @@ inline std::string ReadFile(const std::filesystem::path& path)
 
 inline std::string MakeDoc(const DocParts& d = DocParts())
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ttm=\"http://www.w3.org/ns/ttml#metadata\""
-           " xmlns:ebuttm=\"urn:ebu:tt:metadata\" " +
-           d.rootAttrs + ">\n<head>" + d.head + "<styling>" + d.styling + "</styling><layout>" + d.layout +
-           "</layout></head>\n<body>" + d.body + "</body>\n</tt>\n";
+    return WalkTest::Doc(d.body, d.styling, d.layout, d.rootAttrs, d.head);
 }
 
 // conformsToStandard declarations in document metadata, in order.
@@ -73,6 +70,9 @@ inline std::string Conforms(const std::vector<std::string>& designators)
 constexpr const char* kEbu = "urn:ebu:tt:distribution:2014-01";
 constexpr const char* kImscText = "http://www.w3.org/ns/ttml/profile/imsc1/text";
 constexpr const char* kImscImage = "http://www.w3.org/ns/ttml/profile/imsc1/image";
+// Root attributes of an IMSC 1 image document (smpte:backgroundImage on divs).
+const std::string kImageRoot = "xmlns:smpte=\"http://www.smpte-ra.org/schemas/2052-1/2010/smpte-tt\" ttp:profile=\"" +
+                               std::string(kImscImage) + "\"";
 
 inline TTML::SubRawData* MakeRecord(const std::string& xml, int profile = -1, long long timeStamp = 0)
 {
@@ -119,16 +119,36 @@ inline IntervalList Intervals(const TTML::CSubtitleInfo& info)
     return {keys.begin(), keys.end()};
 }
 
-// Texts of the elements shown in one interval, joined with '|'.
-inline std::string TextsIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo::TimeInterval interval)
+// The values of `attr` ("<none>" when absent) of the elements shown in one
+// interval, joined with '|'.
+inline std::string ValuesIn(const TTML::CSubtitleInfo& info, TTML::CSubtitleInfo::TimeInterval interval,
+                            TTML::TTMLAttr attr = TTML::ATTR_TEXT)
 {
     std::list<TTML::CElementSPTR> elements;
     info.GetElementListForInterval(interval, elements);
     std::string out;
     for (const auto& e : elements) {
-        std::string t;
-        e->GetAttrValue(TTML::ATTR_TEXT, t);
-        out += (&e == &elements.front() ? "" : "|") + t;
+        std::string v;
+        out += (&e == &elements.front() ? "" : "|") + (e->GetAttrValue(attr, v) ? v : "<none>");
+    }
+    return out;
+}
+
+// Every listed element as "begin-end:reference=WxH", or "begin-end:none"
+// when it carries no image, in interval order.
+inline std::string ImagesShown(const TTML::CSubtitleInfo& info)
+{
+    std::string out;
+    for (const auto& key : Intervals(info)) {
+        std::list<TTML::CElementSPTR> elements;
+        info.GetElementListForInterval(key, elements);
+        for (const auto& e : elements) {
+            std::shared_ptr<TTML::CImageData> image = e->IsImageProfile() ? e->GetImageData() : nullptr;
+            out += (out.empty() ? "" : " ") + std::to_string(key.first) + "-" + std::to_string(key.second) + ":" +
+                   (image ? image->GetReference() + "=" + std::to_string(image->GetWidth()) + "x" +
+                                std::to_string(image->GetHeight())
+                          : "none");
+        }
     }
     return out;
 }

@@ -28,11 +28,6 @@ std::string Root(const std::string& designator)
     return "ttp:profile=\"" + designator + "\"";
 }
 
-std::string HeadProfile(const std::string& designator)
-{
-    return "<ttp:profile use=\"" + designator + "\"/>";
-}
-
 const std::string kNoMismatch = "!Different profile specified in XML and TS Descriptor/Mpd.";
 
 const ResolutionCase kCases[] = {
@@ -63,8 +58,8 @@ const ResolutionCase kCases[] = {
     {"ImscImageDesignatorOnTheRoot", -1, 1, Root(kImscImage), 1, {"Using profile given in XML: 1"}},
     {"RootAttributeBeatsHeadDeclarations", -1, 9, Root(kEbu) + Conforms({kImscText}), 2,
      {"Using profile given in XML: 2"}},
-    {"HeadProfileElementBeatsMetadata", -1, 9, HeadProfile(kEbu) + Conforms({kImscText}), 2,
-     {"Using profile given in XML: 2"}},
+    {"HeadProfileElementBeatsMetadata", -1, 9,
+     "<ttp:profile use=\"" + std::string(kEbu) + "\"/>" + Conforms({kImscText}), 2, {"Using profile given in XML: 2"}},
     // The public EBU-TT-D samples declare EBU first and IMSC 1 text last.
     {"LastConformsToStandardWins", -1, 1, Conforms({kEbu, kImscText}), 0,
      {"Profile found in xml=[http://www.w3.org/ns/ttml/profile/imsc1/text]"}},

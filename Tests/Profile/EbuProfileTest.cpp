@@ -55,9 +55,6 @@ const ValidatorCase kValidators[] = {
     {"ObliqueDropped", ATTR_FONTSTYLE, "oblique", ERR_IGNORE, ""},
     {"ItalicLowered", ATTR_FONTSTYLE, "Italic", ERR_NONE, "italic"},
     {"UnknownName", -1, "x", ERR_NOT_SUPPORTED, ""},
-    {"CellResolution", ATTR_CELLRESOLUTION, "40 24", ERR_NONE, "40 24"},
-    {"CellResolutionZero", ATTR_CELLRESOLUTION, "0 15", ERR_IGNORE, ""},
-    {"FrameRateMultiplier", ATTR_FRAMERATEMULTIPLIER, "1000 1001", ERR_NONE, "1000 1001"},
     {"RegionAnything", ATTR_REGION, "whatever", ERR_NONE, "whatever"},
     // Fonts "Other" and "MyFont" failed to download: only the first family decides.
     {"FailedFontFirst", ATTR_FONTFAMILY, "MyFont,default", ERR_INVALID, ""},
@@ -115,13 +112,7 @@ TEST(EbuDocumentDetail, SmpteRootKeepsTheDocumentsOwnTimeBaseUnset)
     ASSERT_EQ(ERR_NONE, w.result);
     // The root stopped at the time base and passed nothing on.
     EXPECT_EQ("", w.info.GetTimeBase());
-}
-
-TEST(EbuDocumentDetail, FailedDownloadableFontRejectsTheDocument)
-{
-    const std::string xml = Doc(Para("x", "style=\"s\""), "<style xml:id=\"s\" tts:fontFamily=\"WebFont, default\"/>");
-    EXPECT_EQ(ERR_NONE, Walk(xml).result);
-    EXPECT_EQ(ERR_INVALID, Walk(xml, 0, 0, {"WebFont"}).result);
+    EXPECT_EQ("32 15", w.info.GetCellResolution());
 }
 
 TEST(EbuDocumentDetail, UnsupportedStylingAndOffsetTimesHaveNoEffect)

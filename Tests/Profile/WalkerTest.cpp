@@ -251,17 +251,6 @@ TEST(WalkerFailure, FailingChildStopsTheWalkAndTheDocument)
     EXPECT_TRUE(w.TimedElements().empty());
 }
 
-TEST(WalkerTiming, SegmentStartRaisesEarlierBegins)
-{
-    Walk w(Doc("<div region=\"r1\"><p begin=\"00:00:01.000\" end=\"00:00:08.000\">early</p>"
-               "<p begin=\"00:00:06.000\" end=\"00:00:09.000\">late</p></div>"),
-           5000, 10000);
-    ASSERT_EQ(ERR_NONE, w.result);
-    EXPECT_EQ("5000", Attr(w.Text("early"), ATTR_BEGIN));
-    EXPECT_EQ("8000", Attr(w.Text("early"), ATTR_END));
-    EXPECT_EQ("6000", Attr(w.Text("late"), ATTR_BEGIN));
-}
-
 // ---- Nesting limit: refused at the walker's limit instead of recursing on ----
 
 // `levels` nested divs around one paragraph, or nested spans inside it.

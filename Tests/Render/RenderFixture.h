@@ -12,6 +12,7 @@
 #include "CTextContext.h"
 #include "CTextSurface.h"
 #include "PixelBox.h"
+#include "ProfileWalk.h"
 #include "SubRawData.h"
 
 #include <list>
@@ -160,14 +161,8 @@ private:
 // canvas), styles and regions in the head, body content as given.
 inline std::string Ebu(const std::string& styles, const std::string& regions, const std::string& body)
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ebuttm=\"urn:ebu:tt:metadata\""
-           " xmlns:ebutts=\"urn:ebu:tt:style\" ttp:timeBase=\"media\" ttp:cellResolution=\"32 15\" xml:lang=\"en\">"
-           "<head><metadata><ebuttm:documentMetadata><ebuttm:conformsToStandard>"
-           "urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard></ebuttm:documentMetadata></metadata>"
-           "<styling>" + styles + "</styling><layout>" + regions + "</layout></head><body>" + body +
-           "</body></tt>";
+    return WalkTest::Doc(body, styles, regions, "ttp:timeBase=\"media\" ttp:cellResolution=\"32 15\" xml:lang=\"en\"",
+                         WalkTest::kEbu2018);
 }
 
 // One paragraph from 1 s to 2 s in region r of the given geometry.

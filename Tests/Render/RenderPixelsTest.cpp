@@ -27,13 +27,11 @@ const std::string kBottom = "tts:origin=\"10% 75%\" tts:extent=\"80% 20%\" ";
 
 std::string Imsc(const std::string& regionAttrs, const std::string& spanAttrs, const std::string& text = "Subtitle text")
 {
-    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-           "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
-           " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" ttp:cellResolution=\"32 15\""
-           " ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\" xml:lang=\"en\"><head><layout>"
-           "<region xml:id=\"r\" " + regionAttrs + "/></layout></head><body><div region=\"r\">"
-           "<p begin=\"1s\" end=\"2s\" tts:fontSize=\"1c\"><span " + spanAttrs + ">" + text +
-           "</span></p></div></body></tt>";
+    return WalkTest::Doc("<div region=\"r\"><p begin=\"1s\" end=\"2s\" tts:fontSize=\"1c\"><span " + spanAttrs + ">" +
+                             text + "</span></p></div>",
+                         "", "<region xml:id=\"r\" " + regionAttrs + "/>",
+                         "ttp:cellResolution=\"32 15\" ttp:profile=\"http://www.w3.org/ns/ttml/profile/imsc1/text\" "
+                         "xml:lang=\"en\"");
 }
 
 std::string Bottom(const std::string& style, const std::string& regionStyle = "")

@@ -4,7 +4,6 @@
 #include "CGraphics.h"
 #include "IDrawObserver.h"
 
-#include <chrono>
 #include <mutex>
 #include <set>
 #include <string>
@@ -13,8 +12,7 @@
 
 // What the graphics component put on screen and took off, for as long as
 // the recorder lives (it is the process's draw observer meanwhile): each
-// event with its text, steady-clock time and thread. Tests and tools turn
-// steady times into media time with the media clock's origin.
+// event with its text and thread.
 //
 // A paragraph (text context) is made when a renderer is built and given
 // back when it is destroyed; a region is shown once per drawing. Any thread.
@@ -24,7 +22,6 @@ public:
         Kind kind;
         const void* object;
         std::string text;
-        long long steadyNs;
         std::thread::id thread;
     };
 
@@ -33,17 +30,10 @@ public:
     DrawRecorder(const DrawRecorder&) = delete;
     DrawRecorder& operator=(const DrawRecorder&) = delete;
 
-    static long long SteadyNs()
-    {
-        return std::chrono::duration_cast<std::chrono::nanoseconds>(
-                   std::chrono::steady_clock::now().time_since_epoch())
-            .count();
-    }
-
     void OnDrawEvent(Kind kind, const void* object, const std::string& text) override
     {
         std::lock_guard<std::mutex> guard(m_lock);
-        m_events.push_back(Event{kind, object, text, SteadyNs(), std::this_thread::get_id()});
+        m_events.push_back(Event{kind, object, text, std::this_thread::get_id()});
         if (kind == PARAGRAPH_MADE && !m_live.insert(object).second)
             ++m_rejected;
         if (kind == PARAGRAPH_GONE && m_live.erase(object) == 0)
@@ -76,30 +66,6 @@ public:
     {
         std::lock_guard<std::mutex> guard(m_lock);
         return m_rejected;
-    }
-
-    // "D<text>" for each region shown, "R<text>" for each paragraph given
-    // back, in call order.
-    std::vector<std::string> Trace() const
-    {
-        std::vector<std::string> trace;
-        for (const Event& e : Events()) {
-            if (e.kind == REGION_SHOWN)
-                trace.push_back("D" + e.text);
-            else if (e.kind == PARAGRAPH_GONE)
-                trace.push_back("R" + e.text);
-        }
-        return trace;
-    }
-
-    // Milliseconds after originNs (steady clock) of each event of a kind.
-    std::vector<long long> Times(Kind kind, long long originNs) const
-    {
-        std::vector<long long> times;
-        for (const Event& e : Events())
-            if (e.kind == kind)
-                times.push_back((e.steadyNs - originNs) / 1000000);
-        return times;
     }
 
 private:

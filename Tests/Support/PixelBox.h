@@ -10,7 +10,6 @@ struct PixelBox {
     int x0 = 1 << 30, y0 = 1 << 30, x1 = -1, y1 = -1;  // inclusive; empty when x1 < x0
     int count = 0;
     bool Empty() const { return count == 0; }
-    int CentreY() const { return (y0 + y1) / 2; }
     int CentreX() const { return (x0 + x1) / 2; }
 
     template <typename F>

@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <set>
 #include <string>
 #include <vector>
@@ -25,18 +26,32 @@ public:
 using TestProfile = Exposed<TTML::CEBUProfile>;
 
 constexpr const char* kRegion = "<region xml:id=\"r1\" tts:origin=\"10% 10%\" tts:extent=\"80% 80%\"/>";
+// Head metadata declaring EBU-TT-D (2018).
+constexpr const char* kEbu2018 = "<metadata><ebuttm:documentMetadata><ebuttm:conformsToStandard>"
+                                 "urn:ebu:tt:distribution:2018-04</ebuttm:conformsToStandard>"
+                                 "</ebuttm:documentMetadata></metadata>";
 
-// An EBU-TT-D document; head parts and root attributes are spliced in.
+// A TTML document (the EBU-TT-D and IMSC namespaces declared) with the given
+// parts spliced in; the one document builder of the walk and parser tests.
 inline std::string Doc(const std::string& body, const std::string& styling = "",
                        const std::string& layout = kRegion, const std::string& rootAttrs = "",
-                       const std::string& headExtra = "")
+                       const std::string& headExtra = "", const std::string& bodyAttrs = "")
 {
     return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
            "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"http://www.w3.org/ns/ttml#parameter\""
            " xmlns:tts=\"http://www.w3.org/ns/ttml#styling\" xmlns:ttm=\"http://www.w3.org/ns/ttml#metadata\""
            " xmlns:ebuttm=\"urn:ebu:tt:metadata\" xmlns:ebutts=\"urn:ebu:tt:style\" " +
            rootAttrs + "><head>" + headExtra + "<styling>" + styling + "</styling><layout>" + layout +
-           "</layout></head><body>" + body + "</body></tt>";
+           "</layout></head><body " + bodyAttrs + ">" + body + "</body></tt>";
+}
+
+// `ms` as a clock time, hh:mm:ss.fff.
+inline std::string ClockTime(unsigned long long ms)
+{
+    char text[32];
+    std::snprintf(text, sizeof(text), "%02llu:%02llu:%02llu.%03llu", ms / 3600000, ms / 60000 % 60, ms / 1000 % 60,
+                  ms % 1000);
+    return text;
 }
 
 // A paragraph from 1 s to 2 s in region r1 holding `inner`.
@@ -72,15 +87,11 @@ struct Timed {
 template <typename Profile, int kNumber>
 class ProfileWalk {
 public:
-    explicit ProfileWalk(const std::string& xml, unsigned long long segmentStart = 0,
-                         unsigned long long segmentEnd = 0, const std::list<std::string>& failedFonts = {})
+    explicit ProfileWalk(const std::string& xml)
     {
         EXPECT_TRUE(profile.Initialize());
         profile.SetProfile(kNumber);
-        if (!failedFonts.empty())
-            profile.OnErrorDownloadableFonts(failedFonts);
         EXPECT_TRUE(reader.ReadMemory(xml.data(), static_cast<int>(xml.size()))) << xml;
-        info.SetSubtitleSegmentTimings(segmentStart, segmentEnd);
         TTML::CProfile::TTMLProfileData data;
         data.pXmlParser = &reader;
         data.pSubtitleInfo = &info;

@@ -12,15 +12,6 @@ auto operator<<(std::ostream& os, const Row& row) -> decltype(os << row.name)
     return os << row.name;
 }
 
-}  // namespace TTMLTest
-
-// Rows live in each test file's unnamed namespace; argument-dependent lookup finds the printer there.
-namespace {
-using TTMLTest::operator<<;
-}  // namespace
-
-namespace TTMLTest {
-
 // Test names of a parameterised suite taken from the rows' `name` fields.
 struct RowName {
     template <typename Info>
@@ -31,3 +22,8 @@ struct RowName {
 };
 
 }  // namespace TTMLTest
+
+// Rows live in each test file's unnamed namespace; argument-dependent lookup finds the printer there.
+namespace {
+using TTMLTest::operator<<;
+}  // namespace

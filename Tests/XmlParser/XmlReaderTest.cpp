@@ -38,12 +38,6 @@ using TTML::CXmlParser;
 using TTML::XMLATTRPTR;
 using TTML::XMLNODEPTR;
 
-std::string EncodingLine(int number)
-{
-    return "XmlCharEncoding is: [" + std::to_string(number) +
-           "] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE";
-}
-
 // ASCII text in UTF-16, optionally behind its byte-order mark.
 std::string Utf16(const std::string& ascii, bool bigEndian, bool bom)
 {
@@ -93,7 +87,8 @@ TEST(XmlEncoding, DetectedNumberDecidesWhetherTheDocumentIsRead)
         const bool read = reader.ReadMemory(in.first.data(), static_cast<int>(in.first.size()));
         std::string got = read ? FirstParagraphText(reader) : "refused";
         for (int n = 0; n < 10; ++n) {
-            if (log.Has(EncodingLine(n), DLOG_INFO))
+            if (log.Has("XmlCharEncoding is: [" + std::to_string(n) +
+                            "] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE", DLOG_INFO))
                 got = std::to_string(n) + " " + got;
         }
         EXPECT_EQ(in.second, got);
@@ -372,17 +367,14 @@ const char kAttrDoc[] = "<tt xmlns=\"http://www.w3.org/ns/ttml\" xmlns:ttp=\"htt
                         "ttp:profile=\"urn:ebu:tt:distribution:2014-01\" id=\"a&amp;b\" refs=\"&#60;&#x41;\" "
                         "empty=\"\" blanks=\" a\tb \" ttp:timeBase=\"media\"/>";
 
-TEST(XmlTree, AttributesComeInDocumentOrderByLocalName)
-{
-    EXPECT_EQ("profile=urn:ebu:tt:distribution:2014-01;id=a&b;refs=<A;empty=;blanks= a b ;timeBase=media;",
-              Doc(kAttrDoc).Attributes());
-}
-
-// Looked up by local name whatever the namespace, so "profile" finds
-// ttp:profile; an absent name ("!") leaves the caller's value alone.
-TEST(XmlTree, LookupFindsByLocalNameInAnyNamespace)
+// In document order by local name; looked up by local name whatever the
+// namespace, so "profile" finds ttp:profile; an absent name ("!") leaves the
+// caller's value alone.
+TEST(XmlTree, AttributesComeInOrderAndAreFoundByLocalName)
 {
     Doc doc(kAttrDoc);
+    EXPECT_EQ("profile=urn:ebu:tt:distribution:2014-01;id=a&b;refs=<A;empty=;blanks= a b ;timeBase=media;",
+              doc.Attributes());
     std::string found;
     for (std::string name : {"profile", "timeBase", "id", "refs", "blanks", "empty", "Profile", "ttp:profile", ""}) {
         std::string value = "old";
