@@ -400,6 +400,28 @@ TEST(XmlTree, AttributesEditedAfterTheReadAreReadAsLibxml2Does)
     EXPECT_EQ("a=second;b=xy;", doc.Attributes());
 }
 
+// A released subtree leaves its siblings walkable; the root, the document
+// node and nodes of another document stay, with a warning.
+TEST(XmlTree, ReleasedSubtreeIsGoneAndTheRestStays)
+{
+    Doc doc("<tt><body><p>a<span>b</span></p><p>c</p></body></tt>");
+    Doc other("<tt><p/></tt>");
+    XMLNODEPTR body = doc.reader.GetChildElementList(doc.root);
+    LogCapture log;
+    doc.reader.ReleaseNode(doc.reader.GetChildElementList(body));
+    EXPECT_EQ("body:p", doc.Walk(body, false));
+    EXPECT_EQ("c", doc.reader.GetElementContent(doc.reader.GetChildElementList(body)));
+    EXPECT_EQ(0, log.CountContaining("", DLOG_WARN)) << log.Dump();
+
+    for (XMLNODEPTR kept : {doc.root, doc.root->parent, other.reader.GetChildElementList(other.root)})
+        doc.reader.ReleaseNode(kept);
+    doc.reader.ReleaseNode(nullptr);
+    EXPECT_EQ("tt:body", doc.Walk(doc.root, false));
+    EXPECT_EQ("tt:p", other.Walk(other.root, false));
+    EXPECT_EQ(3, log.CountContaining("is not releasable; kept until Reset", DLOG_WARN)) << log.Dump();
+    EXPECT_EQ(1, log.Count("pNodePtr is NULL", DLOG_WARN)) << log.Dump();
+}
+
 // --- Null pointers ---------------------------------------------------------
 
 // Each accessor refuses a null pointer (or a missing document) with an empty

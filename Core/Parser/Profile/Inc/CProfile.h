@@ -87,7 +87,8 @@ protected:
 
     // One XML level: creates the node's element, dispatches it and, on
     // ERR_NONE, walks its child elements. Refuses nodes beyond
-    // kMaxNestingDepth. parent is empty for the root.
+    // kMaxNestingDepth. parent is empty for the root. A paragraph's subtree
+    // is released from the reader once walked (nothing reads it again).
     virtual int t_ParseNode(XMLNODEPTR node, CElementSPTR& parent);
     // Dispatch by element type: tt, region, br, body, div, the metadata
     // elements, p, span and style to their handlers; everything else, and a
@@ -190,6 +191,9 @@ private:
 
     // What Destroy and the destructor both release.
     void m_Release();
+    // Frees a walked subtree in the reader; forgets checked times that may
+    // point into it.
+    void m_ReleaseNode(XMLNODEPTR node);
 
     // False, with a warning naming the limit, when the document under root
     // (documentBytes long, as the reader read it) has more regions, styles or

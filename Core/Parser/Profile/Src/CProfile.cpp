@@ -264,7 +264,19 @@ int CProfile::t_ParseNode(XMLNODEPTR node, CElementSPTR& parent)
     }
     if (result == ERR_SKIP_CHILDREN)
         result = ERR_NONE;
+    // Paragraphs are most of a document: freeing each one when done lets the
+    // elements built after it reuse its memory, so the tree and the elements
+    // never stand in full side by side.
+    if (element && element->GetType() == ELEM_P)
+        m_ReleaseNode(node);
     return result;
+}
+
+void CProfile::m_ReleaseNode(XMLNODEPTR node)
+{
+    m_checkedTimes[0].attr = nullptr;
+    m_checkedTimes[1].attr = nullptr;
+    t_pXmlParser->ReleaseNode(node);
 }
 
 int CProfile::t_ProcessElement(XMLNODEPTR node, CElementSPTR& parent, CElementSPTR& element)

@@ -52,6 +52,7 @@ public:
     bool GetAttrValue(XMLNODEPTR pNodePtr, std::string& name, std::string& value) override;
     XMLATTRPTR GetNextAttr(XMLATTRPTR attrPtr) override;
 
+    void ReleaseNode(XMLNODEPTR pNodePtr) override;
     // Frees the document, then returns free heap to the system (malloc_trim),
     // also when there was no document.
     void Reset() override;

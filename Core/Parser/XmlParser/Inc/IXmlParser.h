@@ -9,7 +9,8 @@
 namespace TTML {
 
 // Nodes and attributes are handed out as libxml2 pointers into the reader's
-// tree; they stay valid until the reader's next Reset().
+// tree; they stay valid until the reader's next Reset(), or until the subtree
+// holding them is released (ReleaseNode).
 typedef xmlNodePtr XMLNODEPTR;
 typedef xmlAttrPtr XMLATTRPTR;
 
@@ -65,6 +66,11 @@ public:
     virtual bool GetAttrValue(XMLNODEPTR pNodePtr, std::string& name, std::string& value) = 0;
     virtual XMLATTRPTR GetNextAttr(XMLATTRPTR attrPtr) = 0;
 
+    // Takes a finished subtree out of the document and frees it now, so that
+    // what is built from the document reuses its memory instead of adding to
+    // it. Pointers into the subtree become invalid at once. Refused with a
+    // warning: null, the root, or a node of no loaded document.
+    virtual void ReleaseNode(XMLNODEPTR pNodePtr) = 0;
     // Frees the document (every node pointer handed out becomes invalid).
     virtual void Reset() = 0;
     virtual ~IXmlParser() {}

@@ -449,6 +449,23 @@ XMLATTRPTR CXmlParser::GetNextAttr(XMLATTRPTR attrPtr)
     return FirstValuedFrom(attrPtr->next);
 }
 
+void CXmlParser::ReleaseNode(XMLNODEPTR pNodePtr)
+{
+    if (!pNodePtr) {
+        TTML_WARN("pNodePtr is NULL");
+        return;
+    }
+    // Nodes below the root only: the root and the document stay for Reset.
+    const bool inTree = pNodePtr->type != XML_ATTRIBUTE_NODE && pNodePtr->type != XML_DOCUMENT_NODE &&
+                        pNodePtr->parent && pNodePtr->parent->type != XML_DOCUMENT_NODE;
+    if (!m_xmlDoc || pNodePtr->doc != m_xmlDoc || !inTree) {
+        TTML_WARN("Node %p is not releasable; kept until Reset", static_cast<void*>(pNodePtr));
+        return;
+    }
+    xmlUnlinkNode(pNodePtr);
+    xmlFreeNode(pNodePtr);
+}
+
 void CXmlParser::Reset()
 {
     if (m_xmlDoc) {
