@@ -88,6 +88,9 @@ public:
     void Set(int key, std::string&& value);
     // Returns whether the key was there.
     bool Erase(int key);
+    // Room for `extra` more entries of this map's own, so that a run of Sets
+    // allocates once.
+    void Reserve(size_t extra);
     // Sets every entry of `other` except `skipKey`, making room once.
     void SetAll(const CAttrMap& other, int skipKey);
 

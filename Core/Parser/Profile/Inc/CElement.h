@@ -34,6 +34,8 @@ public:
     // Stores `value` under `attr` (0..57), replacing an earlier value.
     // Out-of-range numbers are refused with a warning.
     virtual void AddAttrValue(int attr, const std::string& value);
+    // The same, taking the value's storage.
+    virtual void AddAttrValue(int attr, std::string&& value);
     // Starts the attribute map from `parent` (whole map copied, weak parent
     // link recorded) or, for a null parent, from the defaults of the handler
     // installed last. Passing the element itself only records the link.
@@ -51,6 +53,8 @@ public:
     // True and the value when present; `value` is untouched otherwise.
     bool GetAttrValue(int attr, std::string& value) const;
     void RemoveAttrValue(int attr);
+    // Room for `count` more values, before adding several.
+    void ReserveAttrValues(size_t count) { m_attrMap.Reserve(count); }
     const CAttrMap& GetAttrMap() const { return m_attrMap; }
 
     void SetParent(CElementSPTR& parent);

@@ -189,6 +189,12 @@ void CAttrMap::Set(int key, std::string&& value)
     m_Set(key, std::move(value));
 }
 
+void CAttrMap::Reserve(size_t extra)
+{
+    if (m_values.size() + extra > m_values.capacity())
+        m_values.reserve(m_values.size() + extra);
+}
+
 void CAttrMap::SetAll(const CAttrMap& other, int skipKey)
 {
     uint64_t keys = other.m_present;

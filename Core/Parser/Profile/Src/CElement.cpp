@@ -20,6 +20,15 @@ void CElement::AddAttrValue(int attr, const std::string& value)
     m_attrMap.Set(attr, value);
 }
 
+void CElement::AddAttrValue(int attr, std::string&& value)
+{
+    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
+        TTML_WARN("Can't insert any invalid attribute.");
+        return;
+    }
+    m_attrMap.Set(attr, std::move(value));
+}
+
 void CElement::CreateFromParent(CElementSPTR& parent)
 {
     if (parent) {

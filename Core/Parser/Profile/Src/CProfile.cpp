@@ -355,6 +355,10 @@ int CProfile::t_ParseAttributes(XMLNODEPTR node, CElementSPTR& element)
 
     m_checkedTimes[0].attr = nullptr;
     m_checkedTimes[1].attr = nullptr;
+    size_t count = 0;
+    for (XMLATTRPTR attr = node->properties; attr; attr = attr->next)
+        ++count;
+    element->ReserveAttrValues(count);
     std::string name;
     std::string value;
     for (XMLATTRPTR attr = t_pXmlParser->GetAttributeList(node); attr; attr = t_pXmlParser->GetNextAttr(attr)) {
@@ -728,7 +732,7 @@ int CProfile::t_HandleTextNode(XMLNODEPTR node, CElementSPTR& element)
     if (!space || *space == "default")
         t_RemoveExtraWhiteSpace(text);
     const bool empty = text.empty();
-    element->AddAttrValue(ATTR_TEXT, text);
+    element->AddAttrValue(ATTR_TEXT, std::move(text));
 
     static const std::string kNone;
     const std::string* begin = attrs.Get(ATTR_BEGIN);

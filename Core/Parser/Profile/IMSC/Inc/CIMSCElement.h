@@ -31,6 +31,7 @@ public:
     // spans; other types store what is inheritable or applies to them.
     // Without an installed handler nothing is filtered.
     void AddAttrValue(int attr, const std::string& value) override;
+    void AddAttrValue(int attr, std::string&& value) override;
     // CElement::CreateFromParent (unfiltered copy of the parent's map), then,
     // unless this is a `set`, the parent's timed sets when it is an IMSC
     // element (the records share the set elements).

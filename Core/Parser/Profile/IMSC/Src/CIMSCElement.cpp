@@ -36,6 +36,16 @@ void CIMSCElement::AddAttrValue(int attr, const std::string& value)
         CElement::AddAttrValue(attr, value);
 }
 
+void CIMSCElement::AddAttrValue(int attr, std::string&& value)
+{
+    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
+        TTML_WARN("Can't insert any invalid attribute.");
+        return;
+    }
+    if (m_IsStored(attr))
+        CElement::AddAttrValue(attr, std::move(value));
+}
+
 void CIMSCElement::CreateFromParent(CElementSPTR& parent)
 {
     CElement::CreateFromParent(parent);
