@@ -197,8 +197,9 @@ private:
 
     // False, with a warning naming the limit, when the document under root
     // (documentBytes long, as the reader read it) has more regions, styles or
-    // elements and text runs than TTMLLimits.h allows.
-    bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes);
+    // elements and text runs than TTMLLimits.h allows. `nodes` receives the
+    // count of elements and text runs.
+    bool m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes, size_t& nodes);
 
     int m_nDepth = 0;  // current recursion depth of the walk
     // Child lists not lent out at the moment (see ChildList).

@@ -166,13 +166,17 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     m_attrNames.Clear();
 
     int result = ERR_NONE;
+    size_t nodes = 0;
     XMLNODEPTR root = t_pXmlParser->GetRootElement();
     if (!root) {
         TTML_WARN("Root element not found");
         result = ERR_INVALID;
-    } else if (!m_IsWithinLimits(root, t_pXmlParser->GetDocumentBytes())) {
+    } else if (!m_IsWithinLimits(root, t_pXmlParser->GetDocumentBytes(), nodes)) {
         result = ERR_INVALID;
     } else {
+        // Each node adds at most one element in the usual document: one
+        // allocation instead of a doubling series as the walk goes.
+        t_pSubtitleInfo->ReserveElements(nodes);
         CElementSPTR noParent;
         result = t_ParseNode(root, noParent);
         if (result == ERR_NONE)
@@ -186,12 +190,12 @@ int CProfile::ProcessSubtitles(TTMLProfileData* data)
     return result;
 }
 
-bool CProfile::m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes)
+bool CProfile::m_IsWithinLimits(XMLNODEPTR root, size_t documentBytes, size_t& nodes)
 {
     // Counted before anything is built, so a refused document costs no more
     // than its DOM. Descends without recursion: the path holds one node per
     // level, however many siblings there are.
-    size_t nodes = 0;
+    nodes = 0;
     size_t regions = 0;
     size_t styles = 0;
     std::vector<XMLNODEPTR> path;

@@ -6,6 +6,7 @@
 #include <libxml/entities.h>
 #include <libxml/globals.h>
 #include <libxml/parser.h>
+#include <libxml/valid.h>
 #include <libxml/xmlerror.h>
 
 #include <malloc.h>
@@ -461,6 +462,12 @@ void CXmlParser::ReleaseNode(XMLNODEPTR pNodePtr)
     if (!m_xmlDoc || pNodePtr->doc != m_xmlDoc || !inTree) {
         TTML_WARN("Node %p is not releasable; kept until Reset", static_cast<void*>(pNodePtr));
         return;
+    }
+    // libxml2 indexes xml:id values for lookups this reader never makes;
+    // dropping the index once is cheaper than taking each released id out.
+    if (m_xmlDoc->ids) {
+        xmlFreeIDTable(static_cast<xmlIDTablePtr>(m_xmlDoc->ids));
+        m_xmlDoc->ids = nullptr;
     }
     xmlUnlinkNode(pNodePtr);
     xmlFreeNode(pNodePtr);
