@@ -66,6 +66,8 @@ private:
     // False when the element (or its region) is hidden without a background
     // to keep; a hidden element that keeps its background loses its text.
     bool m_IsDisplayValueAuto(CElementSPTR& element);
+    // The same, with the element's region already looked up (null: none).
+    bool m_IsDisplayValueAuto(CElementSPTR& element, const CElement* region);
     void m_AddElement(CElementSPTR& element, unsigned long long begin, unsigned long long end);
     void m_AddElementWithSet(CIMSCElement* imsc, CElementSPTR& element, unsigned long long begin,
                              unsigned long long end);

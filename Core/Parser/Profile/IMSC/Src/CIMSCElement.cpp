@@ -6,12 +6,25 @@
 
 #include <cstdlib>
 #include <new>
+#include <typeinfo>
 
 namespace TTML {
 
 CIMSCElement::CIMSCElement(int type) : CElement(type) {}
 
 CIMSCElement::~CIMSCElement() = default;
+
+CIMSCElement* CIMSCElement::From(CElement* element)
+{
+    if (element && typeid(*element) == typeid(CIMSCElement))
+        return static_cast<CIMSCElement*>(element);
+    return dynamic_cast<CIMSCElement*>(element);
+}
+
+const CIMSCElement* CIMSCElement::From(const CElement* element)
+{
+    return From(const_cast<CElement*>(element));
+}
 
 bool CIMSCElement::m_IsStored(int attr) const
 {
@@ -52,7 +65,7 @@ void CIMSCElement::CreateFromParent(CElementSPTR& parent)
     if (GetType() == ELEM_SET || !parent || parent.get() == this)
         return;
     // A span carries its paragraph's sets so that it is split by them too.
-    const auto* pParent = dynamic_cast<const CIMSCElement*>(parent.get());
+    const CIMSCElement* pParent = From(parent.get());
     if (pParent && pParent->m_pExtra && !pParent->m_pExtra->timedSets.empty())
         m_GetExtra().timedSets = pParent->m_pExtra->timedSets;
 }

@@ -339,11 +339,16 @@ void CIMSCProfile::m_HandleTimeContainerAndDurProperty(CElementSPTR& parent, CEl
 
 bool CIMSCProfile::m_IsDisplayValueAuto(CElementSPTR& element)
 {
-    if (const std::string* regionId = element->GetAttrMap().Get(ATTR_REGION)) {
-        CElementSPTR region = t_pStyleRegionInfo->GetRegion(*regionId);
-        if (region && Holds(*region, ATTR_DISPLAY, "none"))
-            return false;
-    }
+    CElementSPTR region;
+    if (const std::string* regionId = element->GetAttrMap().Get(ATTR_REGION))
+        region = t_pStyleRegionInfo->GetRegion(*regionId);
+    return m_IsDisplayValueAuto(element, region.get());
+}
+
+bool CIMSCProfile::m_IsDisplayValueAuto(CElementSPTR& element, const CElement* region)
+{
+    if (region && Holds(*region, ATTR_DISPLAY, "none"))
+        return false;
     if (!Holds(*element, ATTR_DISPLAY, "none"))
         return true;
     if (Holds(*element, ATTR_SHOWBACKGROUND, "whenactive"))
@@ -362,7 +367,7 @@ void CIMSCProfile::t_AddElement(const std::string& begin, const std::string& end
         t_pSubtitleInfo->AddElement(0, 0, element);
         return;
     }
-    auto* imsc = dynamic_cast<CIMSCElement*>(element.get());
+    auto* imsc = CIMSCElement::From(element.get());
     if (!imsc)
         return;
     const unsigned long long b = ToMs(begin);
@@ -378,12 +383,12 @@ void CIMSCProfile::m_AddElement(CElementSPTR& element, unsigned long long begin,
     static const std::string kNoRegion;
     const std::string* regionId = element->GetAttrMap().Get(ATTR_REGION);
     CElementSPTR regionElement = t_pStyleRegionInfo->GetRegion(regionId ? *regionId : kNoRegion);
-    auto* region = dynamic_cast<CIMSCElement*>(regionElement.get());
+    auto* region = CIMSCElement::From(regionElement.get());
     if (!region) {
         t_pSubtitleInfo->AddElement(begin, end, element);
         return;
     }
-    const bool visible = m_IsDisplayValueAuto(element);
+    const bool visible = m_IsDisplayValueAuto(element, region);
     if (region->GetSetRegionCount() == 0) {
         if (visible)
             t_pSubtitleInfo->AddElement(begin, end, element);
@@ -496,7 +501,7 @@ void CIMSCProfile::m_HandleSetElement(XMLNODEPTR node, CElementSPTR& parent)
     std::string end;
     set->GetAttrValue(ATTR_BEGIN, begin);
     set->GetAttrValue(ATTR_END, end);
-    if (auto* imsc = dynamic_cast<CIMSCElement*>(parent.get()))
+    if (auto* imsc = CIMSCElement::From(parent.get()))
         imsc->AddSetElement(begin, end, set);
 }
 
