@@ -40,11 +40,15 @@ TEST_F(ImscElementTest, StoresWhatTheTablesAllow)
         {ELEM_P, ATTR_LINEPADDING, true}, {ELEM_P, ATTR_OPACITY, false},         {ELEM_TT, ATTR_EXTENT, true},
         {ELEM_TT, ATTR_ORIGIN, false},    {ELEM_DIV, ATTR_SHOWBACKGROUND, false}, {ELEM_UNKNOWN, ATTR_PADDING, false},
     };
+    const std::string kept = "v";
     for (const auto& c : cases) {
-        auto e = Make(c.elem);
-        e->AddAttrValue(c.attr, "v");
+        auto copied = Make(c.elem);
+        auto moved = Make(c.elem);
+        copied->AddAttrValue(c.attr, kept);
+        moved->AddAttrValue(c.attr, std::string(kept));
         std::string value;
-        EXPECT_EQ(c.stored, e->GetAttrValue(c.attr, value)) << "element " << c.elem << " attribute " << c.attr;
+        EXPECT_EQ(c.stored, copied->GetAttrValue(c.attr, value)) << "element " << c.elem << " attribute " << c.attr;
+        EXPECT_EQ(c.stored, moved->GetAttrValue(c.attr, value)) << "element " << c.elem << " attribute " << c.attr;
     }
 }
 

@@ -76,6 +76,9 @@ public:
     static void SetAttributeHandler(CAttrHandler* handler);
 
 protected:
+    // False, with a warning, for a number outside the attribute table.
+    static bool t_IsAttrNumber(int attr);
+
     static CAttrHandler* t_pAttrHandler;
 
 private:

@@ -11,22 +11,24 @@ CElement::CElement(int type) : m_type(type) {}
 
 CElement::~CElement() = default;
 
+bool CElement::t_IsAttrNumber(int attr)
+{
+    if (attr >= 0 && attr < TTML_ATTR_COUNT)
+        return true;
+    TTML_WARN("Can't insert any invalid attribute.");
+    return false;
+}
+
 void CElement::AddAttrValue(int attr, const std::string& value)
 {
-    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
-        TTML_WARN("Can't insert any invalid attribute.");
-        return;
-    }
-    m_attrMap.Set(attr, value);
+    if (t_IsAttrNumber(attr))
+        m_attrMap.Set(attr, value);
 }
 
 void CElement::AddAttrValue(int attr, std::string&& value)
 {
-    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
-        TTML_WARN("Can't insert any invalid attribute.");
-        return;
-    }
-    m_attrMap.Set(attr, std::move(value));
+    if (t_IsAttrNumber(attr))
+        m_attrMap.Set(attr, std::move(value));
 }
 
 void CElement::CreateFromParent(CElementSPTR& parent)

@@ -41,21 +41,13 @@ bool CIMSCElement::m_IsStored(int attr) const
 
 void CIMSCElement::AddAttrValue(int attr, const std::string& value)
 {
-    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
-        TTML_WARN("Can't insert any invalid attribute.");
-        return;
-    }
-    if (m_IsStored(attr))
+    if (t_IsAttrNumber(attr) && m_IsStored(attr))
         CElement::AddAttrValue(attr, value);
 }
 
 void CIMSCElement::AddAttrValue(int attr, std::string&& value)
 {
-    if (attr < 0 || attr >= TTML_ATTR_COUNT) {
-        TTML_WARN("Can't insert any invalid attribute.");
-        return;
-    }
-    if (m_IsStored(attr))
+    if (t_IsAttrNumber(attr) && m_IsStored(attr))
         CElement::AddAttrValue(attr, std::move(value));
 }
 
