@@ -210,6 +210,10 @@ TEST_P(WalkerText, TimesTheParagraphsTexts)
                  std::to_string(t.end) + (t.element->GetLastChild() ? "+" : "");
     }
     EXPECT_EQ(c.timed, timed);
+    // The walked paragraph is freed from the tree at once; its elements do
+    // not depend on it.
+    auto& r = w.reader;
+    EXPECT_EQ(nullptr, r.GetChildNodeList(r.GetChildNodeByName(r.GetChildNodeByName(r.GetRootElement(), "body"), "div")));
     if (*c.warning) {
         EXPECT_TRUE(log.Has(c.warning)) << log.Dump();
     }
