@@ -43,9 +43,13 @@ public:
     // otherwise it is only kept alive (so the renderer can still reach it as
     // a parent) and is never listed. begin > end is logged.
     void AddElement(unsigned long long begin, unsigned long long end, CElementSPTR& element);
-    // Room for `count` timed elements, so that adding them never moves the
-    // ones already added.
-    void ReserveElements(size_t count) { m_timedElements.reserve(count); }
+    // Room for `count` elements of either kind, so that adding them never
+    // moves the ones already added.
+    void ReserveElements(size_t count)
+    {
+        m_timedElements.reserve(count);
+        m_untimedElements.reserve(count);
+    }
     // Builds the split intervals and the last end time. ERR_NONE, or
     // ERR_INVALID with a warning when there is no timed element, or when the
     // split would exceed Limits::kMaxIntervals or kMaxIntervalEntries (then

@@ -575,7 +575,7 @@ void CProfile::t_RenameAttr(CElementSPTR& element, TTMLAttr from, TTMLAttr to)
     std::string value;
     if (element->GetAttrValue(from, value)) {
         element->RemoveAttrValue(from);
-        element->AddAttrValue(to, value);
+        element->AddAttrValue(to, std::move(value));
     }
 }
 
