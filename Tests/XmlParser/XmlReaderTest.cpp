@@ -236,6 +236,28 @@ TEST(XmlLifecycle, ResetFreesTheDocumentAndAlwaysTrimsTheHeap)
     EXPECT_EQ("Hello", FirstParagraphText(reader));
 }
 
+// A reader keeps its parser context from one document to the next, and
+// starts a new one after a document of many names: each read stands alone.
+TEST(XmlLifecycle, DocumentsInARowReadAlike)
+{
+    std::string many = "<tt>";
+    for (int i = 0; i < 9000; ++i)
+        many += "<e" + std::to_string(i) + "/>";
+    many += "</tt>";
+    CXmlParser reader;
+    for (const std::string& doc : {std::string(kSmallDoc), many, std::string("<tt><p>"), std::string(kSmallDoc)}) {
+        LogCapture log;
+        const bool read = reader.ReadMemory(doc.data(), static_cast<int>(doc.size()));
+        EXPECT_EQ(doc != "<tt><p>", read) << doc.substr(0, 20);
+        if (doc == kSmallDoc) {
+            EXPECT_EQ("Hello", FirstParagraphText(reader));
+        } else if (doc == many) {
+            EXPECT_EQ("e8999", reader.GetNodeName(reader.GetRootElement()->last));
+        }
+        reader.Reset();
+    }
+}
+
 // Several readers may live in one process, on different threads, and one
 // going away must not pull libxml2 from under the others.
 TEST(XmlLifecycle, ReadersOnSeveralThreadsStayIndependent)

@@ -63,6 +63,8 @@ private:
     bool m_RefuseDeclarations();
 
     xmlDocPtr m_xmlDoc;
+    // Kept between reads from memory (see ReadMemory); null until the first.
+    xmlParserCtxtPtr m_parserContext = nullptr;
     size_t m_documentBytes = 0;
 };
 

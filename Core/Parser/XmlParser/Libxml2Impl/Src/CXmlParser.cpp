@@ -6,6 +6,7 @@
 #include <libxml/entities.h>
 #include <libxml/globals.h>
 #include <libxml/parser.h>
+#include <libxml/dict.h>
 #include <libxml/valid.h>
 #include <libxml/xmlerror.h>
 
@@ -30,6 +31,10 @@ typedef xmlErrorPtr XmlErrorArg;
 // Blank text between elements dropped, CDATA merged into text.
 const int kMemoryReadOptions = XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 const int kFileReadOptions = XML_PARSE_NOBLANKS;
+// Names a reader's parser context may keep interned between documents before
+// it starts over with an empty dictionary (ids differ from one document to
+// the next, so a long stream would otherwise grow it without end).
+const int kMaxKeptNames = 8192;
 
 // While alive, libxml2 messages raised on this thread become TTML warnings
 // instead of raw lines on standard error. libxml2 keeps its handlers per
@@ -218,6 +223,8 @@ CXmlParser::~CXmlParser()
     // An empty reader is the normal state here, not worth a warning.
     if (m_xmlDoc)
         Reset();
+    if (m_parserContext)
+        xmlFreeParserCtxt(m_parserContext);
 }
 
 bool CXmlParser::m_RefuseDeclarations()
@@ -269,7 +276,18 @@ bool CXmlParser::ReadMemory(const char* data, int length)
         TTML_WARN("xmlEncoding is not supported : %d", encoding);
     } else {
         CXmlErrorRoute route;
-        m_xmlDoc = xmlReadMemory(data, length, "", nullptr, kMemoryReadOptions);
+        // One context for every document: its dictionary already holds the
+        // names a document repeats (element and attribute names), so they
+        // are not interned again, and its tables are not built again.
+        if (!m_parserContext)
+            m_parserContext = xmlNewParserCtxt();
+        m_xmlDoc = m_parserContext
+                       ? xmlCtxtReadMemory(m_parserContext, data, length, "", nullptr, kMemoryReadOptions)
+                       : xmlReadMemory(data, length, "", nullptr, kMemoryReadOptions);
+        if (m_parserContext && xmlDictSize(m_parserContext->dict) > kMaxKeptNames) {
+            xmlFreeParserCtxt(m_parserContext);
+            m_parserContext = nullptr;
+        }
         m_RefuseDeclarations();
     }
     TTML_INFO("XmlCharEncoding is: [%d] where 0 = None, 1 = UTF8, 2 = UTF16LE and 3 = UTF16BE", encoding);
