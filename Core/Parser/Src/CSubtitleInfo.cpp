@@ -24,6 +24,61 @@ void FlushGroup(std::vector<unsigned long long>& points, std::vector<TimeInterva
     points.clear();
 }
 
+// The working lists of one split. They stay with the thread between
+// documents, so that a split does not fault fresh pages in after every heap
+// trim; a list grown past kKeptEntries is given back when the split ends.
+class SplitLists {
+public:
+    using Start = std::pair<unsigned long long, size_t>;  // (begin, index)
+
+    // Lent to one split at a time (a split does not nest) and emptied when
+    // the lease ends, whichever way the split ends.
+    class Lease {
+    public:
+        Lease() : m_lists(ForThisThread()) {}
+        ~Lease() { m_lists.m_Clear(); }
+        Lease(const Lease&) = delete;
+        Lease& operator=(const Lease&) = delete;
+        SplitLists& Get() { return m_lists; }
+
+    private:
+        SplitLists& m_lists;
+    };
+
+    std::vector<TimeInterval> keys;
+    std::vector<TimeInterval> splits;
+    std::vector<unsigned long long> points;
+    std::vector<Start> byBegin;
+    std::vector<size_t> active;
+    std::vector<size_t> covering;
+
+private:
+    static constexpr size_t kKeptEntries = 8192;
+
+    static SplitLists& ForThisThread()
+    {
+        static thread_local SplitLists lists;
+        return lists;
+    }
+    template <typename T>
+    static void m_Drop(std::vector<T>& list)
+    {
+        if (list.capacity() > kKeptEntries)
+            std::vector<T>().swap(list);
+        else
+            list.clear();
+    }
+    void m_Clear()
+    {
+        m_Drop(keys);
+        m_Drop(splits);
+        m_Drop(points);
+        m_Drop(byBegin);
+        m_Drop(active);
+        m_Drop(covering);
+    }
+};
+
 bool IsStrictlyAscending(const std::vector<TimeInterval>& v)
 {
     return std::adjacent_find(v.begin(), v.end(), [](const TimeInterval& a, const TimeInterval& b) {
@@ -63,7 +118,9 @@ int CSubtitleInfo::SplitSubtitleInfoData()
     // Rebuilt from scratch so a second call gives the same result.
     m_splitIntervals.clear();
 
-    std::vector<TimeInterval> keys;
+    SplitLists::Lease lease;
+    SplitLists& lists = lease.Get();
+    std::vector<TimeInterval>& keys = lists.keys;
     keys.reserve(m_timedElements.size());
     for (const auto& t : m_timedElements)
         keys.emplace_back(t.begin, t.end);
@@ -71,8 +128,8 @@ int CSubtitleInfo::SplitSubtitleInfoData()
     keys.erase(std::unique(keys.begin(), keys.end()), keys.end());
 
     // Neighbours in end order that overlap or touch share a group.
-    std::vector<TimeInterval> splits;
-    std::vector<unsigned long long> points;
+    std::vector<TimeInterval>& splits = lists.splits;
+    std::vector<unsigned long long>& points = lists.points;
     for (size_t i = 0; i < keys.size(); ++i) {
         points.push_back(keys[i].first);
         points.push_back(keys[i].second);
@@ -101,15 +158,15 @@ int CSubtitleInfo::SplitSubtitleInfoData()
     // that end after it; an element ending at or before a begin can cover
     // no later interval, whose ends all lie beyond that begin.
     const size_t count = m_timedElements.size();
-    using Start = std::pair<unsigned long long, size_t>;  // (begin, index)
-    std::vector<Start> byBegin(count);
+    std::vector<SplitLists::Start>& byBegin = lists.byBegin;
+    byBegin.resize(count);
     for (size_t i = 0; i < count; ++i)
         byBegin[i] = {m_timedElements[i].begin, i};
     if (!std::is_sorted(byBegin.begin(), byBegin.end()))
         std::sort(byBegin.begin(), byBegin.end());
 
-    std::vector<size_t> active;  // ascending; few entries in real documents
-    std::vector<size_t> covering;
+    std::vector<size_t>& active = lists.active;  // ascending; few entries in real documents
+    std::vector<size_t>& covering = lists.covering;
     size_t next = 0;
     size_t entries = 0;
     for (auto& kv : m_splitIntervals) {
